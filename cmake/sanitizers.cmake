@@ -1,0 +1,8 @@
+# KELMORA_SANITIZE: a list for -fsanitize=, empty for none. A finding ends the program.
+
+set(KELMORA_SANITIZE "" CACHE STRING "Sanitizers, as -fsanitize= takes them")
+
+if(KELMORA_SANITIZE)
+    add_compile_options(-fsanitize=${KELMORA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+    add_link_options(-fsanitize=${KELMORA_SANITIZE})
+endif()

@@ -1,0 +1,13 @@
+# Warnings for all of our own code. They are errors: a warning that may stay is switched off here, with
+# its reason, or at the line.
+
+option(KELMORA_WERROR "Treat warnings as errors" ON)
+
+add_library(kelmora_warnings INTERFACE)
+target_compile_options(kelmora_warnings INTERFACE
+    -Wall -Wextra -Wconversion -Wdouble-promotion -Wshadow -Wformat=2 -Wnull-dereference
+    -Wframe-larger-than=8192 # a host's thread may have 64 KiB of stack
+    $<$<BOOL:${KELMORA_WERROR}>:-Werror>)
+
+# Vectors never cross a function that is not inlined, so how they would be passed does not matter.
+target_compile_options(kelmora_warnings INTERFACE -Wno-psabi)
