@@ -1,0 +1,48 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace kelmora::platform {
+
+/// How a program that was started came to its end.
+enum class ProcessEnd {
+    Exited,     ///< of itself: `exitCode` holds
+    Crashed,    ///< by a fault: `crash` holds
+    TimedOut,   ///< it was stopped at the limit
+    NotStarted, ///< `crash` says why
+};
+
+/// What RunProcess gives back.
+struct ProcessResult {
+    ProcessEnd end = ProcessEnd::NotStarted;
+    int exitCode = 0;
+    std::string crash;  ///< the fault in the system's words: "SIGSEGV", "exception 0xC0000005"
+    std::string output; ///< what it wrote to its standard output, up to kMostOutput bytes
+    std::string errors; ///< what it wrote to its standard error, up to kMostOutput bytes
+};
+
+/// Of each stream, what goes beyond this is read and dropped, so that a chatty program never blocks.
+inline constexpr std::size_t kMostOutput = std::size_t{1} << 20;
+
+/// Runs a program to its end and collects what it writes. Its standard input is empty.
+///
+/// arguments    the program's path first; UTF-8. No shell sees them
+/// limit        how long it may take; then it is ended by force
+/// environment  "NAME=VALUE" each, added to this program's own
+///
+/// Only the program itself is ended at the limit, not what it may have started. One call at a time.
+ProcessResult RunProcess(const std::vector<std::string>& arguments, std::chrono::milliseconds limit,
+                         const std::vector<std::string>& environment = {});
+
+/// The full path of the running program, UTF-8; empty when the system does not tell.
+std::string ProgramPath();
+
+/// The arguments of the running program behind its name, UTF-8 whatever main was given.
+std::vector<std::string> ProgramArguments(int argc, char** argv);
+
+/// A number that no other running process has.
+unsigned long ProcessNumber();
+
+} // namespace kelmora::platform

@@ -1,0 +1,257 @@
+#include "platform/process.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <thread>
+
+#define WIN32_LEAN_AND_MEAN
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+
+#include <shellapi.h>
+
+namespace kelmora::platform {
+namespace {
+
+/// A handle that closes itself.
+class Handle {
+public:
+    Handle() = default;
+    explicit Handle(HANDLE handle) : m_handle(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
+    ~Handle() { Close(); }
+    Handle(const Handle&) = delete;
+    Handle& operator=(const Handle&) = delete;
+
+    HANDLE Get() const { return m_handle; }
+    HANDLE* Place() { return &m_handle; }
+    void Close()
+    {
+        if (m_handle != nullptr)
+            ::CloseHandle(m_handle);
+        m_handle = nullptr;
+    }
+
+private:
+    HANDLE m_handle = nullptr;
+};
+
+std::wstring Wide(const std::string& text)
+{
+    if (text.empty())
+        return {};
+    const int bytes = static_cast<int>(text.size());
+    const int length = ::MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, nullptr, 0);
+    std::wstring wide(static_cast<std::size_t>(std::max(length, 0)), L'\0');
+    ::MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, wide.data(), length);
+    return wide;
+}
+
+std::string Narrow(const wchar_t* text, std::size_t length)
+{
+    if (length == 0)
+        return {};
+    const int count = static_cast<int>(length);
+    const int bytes = ::WideCharToMultiByte(CP_UTF8, 0, text, count, nullptr, 0, nullptr, nullptr);
+    std::string narrow(static_cast<std::size_t>(std::max(bytes, 0)), '\0');
+    ::WideCharToMultiByte(CP_UTF8, 0, text, count, narrow.data(), bytes, nullptr, nullptr);
+    return narrow;
+}
+
+ProcessResult Failure(DWORD error)
+{
+    ProcessResult result;
+    result.crash = "system error " + std::to_string(error);
+    return result;
+}
+
+/// A pipe whose write end a child may inherit.
+struct Pipe {
+    Handle read;
+    Handle write;
+
+    bool Open()
+    {
+        SECURITY_ATTRIBUTES inherited = {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+        return ::CreatePipe(read.Place(), write.Place(), &inherited, 0) != 0
+            && ::SetHandleInformation(read.Get(), HANDLE_FLAG_INHERIT, 0) != 0;
+    }
+};
+
+/// Reads to the end. Runs in a thread of its own, since a pipe can only be waited for by reading it.
+void ReadAll(HANDLE pipe, std::string& into)
+{
+    std::array<char, 4096> chunk;
+    DWORD count = 0;
+    while (::ReadFile(pipe, chunk.data(), static_cast<DWORD>(chunk.size()), &count, nullptr) != 0
+           && count > 0) {
+        const std::size_t room = kMostOutput - std::min(kMostOutput, into.size());
+        into.append(chunk.data(), std::min(room, static_cast<std::size_t>(count)));
+    }
+}
+
+/// One argument in the quoting that programs take apart again: backslashes count only before a quote.
+void AppendQuoted(const std::wstring& argument, std::wstring& line)
+{
+    if (!line.empty())
+        line += L' ';
+    if (!argument.empty() && argument.find_first_of(L" \t\n\v\"") == std::wstring::npos) {
+        line += argument;
+        return;
+    }
+    line += L'"';
+    std::size_t backslashes = 0;
+    for (const wchar_t letter : argument) {
+        if (letter == L'"')
+            line.append(backslashes + 1, L'\\');
+        backslashes = letter == L'\\' ? backslashes + 1 : 0;
+        line += letter;
+    }
+    line.append(backslashes, L'\\');
+    line += L'"';
+}
+
+/// Whether the entry "NAME=value" has the name of the entry `added`.
+bool SameVariable(const std::wstring& added, const std::wstring& entry)
+{
+    const std::size_t length = added.find(L'=');
+    return length != std::wstring::npos && entry.size() > length && entry[length] == L'='
+        && ::_wcsnicmp(added.c_str(), entry.c_str(), length) == 0;
+}
+
+/// This program's environment with `added` in the place of variables of the same name: entries that end in a
+/// zero, then one zero more.
+std::wstring EnvironmentWith(const std::vector<std::string>& added)
+{
+    std::vector<std::wstring> entries;
+    for (const std::string& entry : added)
+        entries.push_back(Wide(entry));
+    const std::size_t own = entries.size();
+
+    wchar_t* const block = ::GetEnvironmentStringsW();
+    for (const wchar_t* at = block; at != nullptr && *at != L'\0'; at += std::wcslen(at) + 1) {
+        const std::wstring entry = at;
+        const auto isEntry = [&entry](const std::wstring& mine) { return SameVariable(mine, entry); };
+        const auto lastOwn = entries.begin() + static_cast<std::ptrdiff_t>(own);
+        if (std::none_of(entries.begin(), lastOwn, isEntry))
+            entries.push_back(entry);
+    }
+    if (block != nullptr)
+        ::FreeEnvironmentStringsW(block);
+
+    std::wstring joined;
+    for (const std::wstring& entry : entries)
+        joined.append(entry).push_back(L'\0');
+    joined.push_back(L'\0');
+    return joined;
+}
+
+/// Programs that end by a fault give the fault's number as their exit code; those have the two upper bits
+/// set.
+bool IsFault(DWORD exitCode)
+{
+    return (exitCode & 0xC0000000u) == 0xC0000000u;
+}
+
+std::string FaultName(DWORD exitCode)
+{
+    std::array<char, 32> text;
+    std::snprintf(text.data(), text.size(), "exception 0x%08lX", exitCode);
+    return text.data();
+}
+
+} // namespace
+
+ProcessResult RunProcess(const std::vector<std::string>& arguments, std::chrono::milliseconds limit,
+                         const std::vector<std::string>& environment)
+{
+    if (arguments.empty())
+        return Failure(ERROR_INVALID_PARAMETER);
+    std::wstring line;
+    for (const std::string& argument : arguments)
+        AppendQuoted(Wide(argument), line);
+    std::wstring variables = EnvironmentWith(environment);
+
+    Pipe output;
+    Pipe errors;
+    SECURITY_ATTRIBUTES inherited = {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    const Handle input(::CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
+                                     OPEN_EXISTING, 0, nullptr));
+    if (!output.Open() || !errors.Open() || input.Get() == nullptr)
+        return Failure(::GetLastError());
+
+    STARTUPINFOW start = {};
+    start.cb = sizeof start;
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdInput = input.Get();
+    start.hStdOutput = output.write.Get();
+    start.hStdError = errors.write.Get();
+
+    // The child inherits the error mode: with it a fault ends the program without asking the user.
+    const UINT oldMode = ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
+    PROCESS_INFORMATION started = {};
+    const BOOL ok = ::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_UNICODE_ENVIRONMENT,
+                                     variables.data(), nullptr, &start, &started);
+    const DWORD error = ::GetLastError();
+    ::SetErrorMode(oldMode);
+    if (ok == 0)
+        return Failure(error);
+    const Handle process(started.hProcess);
+    const Handle thread(started.hThread);
+    output.write.Close();
+    errors.write.Close();
+
+    ProcessResult result;
+    std::thread outputReader(ReadAll, output.read.Get(), std::ref(result.output));
+    std::thread errorReader(ReadAll, errors.read.Get(), std::ref(result.errors));
+    const auto milliseconds = std::clamp<std::chrono::milliseconds::rep>(limit.count(), 0, 0x7FFFFFFF);
+    const bool stopped =
+        ::WaitForSingleObject(process.Get(), static_cast<DWORD>(milliseconds)) == WAIT_TIMEOUT;
+    if (stopped) {
+        ::TerminateProcess(process.Get(), 1);
+        ::WaitForSingleObject(process.Get(), INFINITE);
+    }
+    outputReader.join();
+    errorReader.join();
+
+    DWORD exitCode = 0;
+    ::GetExitCodeProcess(process.Get(), &exitCode);
+    if (stopped) {
+        result.end = ProcessEnd::TimedOut;
+    } else if (IsFault(exitCode)) {
+        result.end = ProcessEnd::Crashed;
+        result.crash = FaultName(exitCode);
+    } else {
+        result.end = ProcessEnd::Exited;
+        result.exitCode = static_cast<int>(exitCode);
+    }
+    return result;
+}
+
+std::string ProgramPath()
+{
+    std::wstring path(32768, L'\0');
+    const DWORD length = ::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    return length < path.size() ? Narrow(path.data(), length) : std::string();
+}
+
+std::vector<std::string> ProgramArguments(int, char**)
+{
+    // The narrow arguments of main are in the ANSI code page, which cannot say every file name.
+    std::vector<std::string> arguments;
+    int count = 0;
+    wchar_t** const words = ::CommandLineToArgvW(::GetCommandLineW(), &count);
+    for (int i = 1; words != nullptr && i < count; ++i)
+        arguments.push_back(Narrow(words[i], std::wcslen(words[i])));
+    ::LocalFree(words);
+    return arguments;
+}
+
+unsigned long ProcessNumber()
+{
+    return ::GetCurrentProcessId();
+}
+
+} // namespace kelmora::platform

@@ -1,0 +1,129 @@
+#include "platform/process.h"
+
+#include <filesystem>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+namespace kelmora::platform {
+namespace {
+
+using std::chrono::milliseconds;
+using Words = std::vector<std::string>;
+
+constexpr milliseconds kLong = std::chrono::minutes(2);
+
+ProcessResult Probe(const Words& words, milliseconds limit = kLong, const Words& environment = {})
+{
+    Words all = {KELMORA_PROCESS_PROBE};
+    all.insert(all.end(), words.begin(), words.end());
+    return RunProcess(all, limit, environment);
+}
+
+TEST(RunProcess, ExitCode_IsThePrograms)
+{
+    for (const char* const code : {"0", "1", "77"}) {
+        const ProcessResult result = Probe({"code", code});
+        EXPECT_EQ(result.end, ProcessEnd::Exited);
+        EXPECT_EQ(std::to_string(result.exitCode), code);
+    }
+}
+
+TEST(RunProcess, Streams_AreKeptApart)
+{
+    const ProcessResult result = Probe({"both"});
+    EXPECT_EQ(result.output, "to output");
+    EXPECT_EQ(result.errors, "to errors");
+}
+
+TEST(RunProcess, ArgumentsOfAllForms_ArriveAsTheyAre)
+{
+    const ProcessResult result = Probe({"arguments", "two words", "", "\"quoted\"", "back\\slash\\", "a\\\"b",
+                                        "ends \\", "tab\there", "$HOME", "%PATH%", "*", "-x"});
+    EXPECT_EQ(result.output,
+              "[two words][][\"quoted\"][back\\slash\\][a\\\"b][ends \\][tab\there][$HOME][%PATH%][*][-x]");
+}
+
+TEST(RunProcess, Environment_IsAddedAndReplaced)
+{
+    EXPECT_EQ(Probe({"variable", "KELMORA_PROBE_VARIABLE"}).output, "none");
+    EXPECT_EQ(Probe({"variable", "KELMORA_PROBE_VARIABLE"}, kLong, {"KELMORA_PROBE_VARIABLE=a=b c"}).output,
+              "a=b c");
+    EXPECT_NE(Probe({"variable", "PATH"}).output, "none");
+    EXPECT_NE(Probe({"variable", "PATH"}, kLong, {"KELMORA_PROBE_VARIABLE=x"}).output, "none");
+    EXPECT_EQ(Probe({"variable", "PATH"}, kLong, {"PATH=elsewhere"}).output, "elsewhere");
+}
+
+TEST(RunProcess, StandardInput_IsEmpty)
+{
+    EXPECT_EQ(Probe({"input"}).output, "empty");
+}
+
+TEST(RunProcess, MoreOutputThanIsKept_DoesNotBlock)
+{
+    const ProcessResult result = Probe({"flood"});
+    EXPECT_EQ(result.end, ProcessEnd::Exited);
+    EXPECT_EQ(result.output, std::string(kMostOutput, 'x'));
+    EXPECT_EQ(result.errors.size(), kMostOutput);
+}
+
+TEST(RunProcess, Crash_IsToldFromAnExit)
+{
+    const ProcessResult result = Probe({"crash"});
+#ifdef KELMORA_SANITIZED
+    EXPECT_EQ(result.end, ProcessEnd::Exited); // the sanitizer turns the fault into a report
+    EXPECT_NE(result.exitCode, 0);
+    EXPECT_NE(result.errors, "");
+#else
+    EXPECT_EQ(result.end, ProcessEnd::Crashed);
+    EXPECT_TRUE(result.crash == "SIGSEGV" || result.crash == "exception 0xC0000005") << result.crash;
+#endif
+}
+
+TEST(RunProcess, Hang_IsEndedAtTheLimit)
+{
+    const auto start = std::chrono::steady_clock::now();
+    const ProcessResult result = Probe({"hang"}, milliseconds(1500));
+    const auto took = std::chrono::steady_clock::now() - start;
+    EXPECT_EQ(result.end, ProcessEnd::TimedOut);
+    EXPECT_EQ(result.output, "hanging");
+    EXPECT_GE(took, milliseconds(1400));
+    EXPECT_LT(took, std::chrono::minutes(1));
+}
+
+TEST(RunProcess, MissingProgram_IsNotStarted)
+{
+    for (const Words& words : {Words{"no/such/program"}, Words{}}) {
+        const ProcessResult result = RunProcess(words, kLong);
+        EXPECT_EQ(result.end, ProcessEnd::NotStarted);
+        EXPECT_NE(result.crash, "");
+    }
+}
+
+TEST(ProgramPath, FileThatRuns_IsThere)
+{
+    const std::string path = ProgramPath();
+    EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(std::u8string(path.begin(), path.end()))))
+        << path;
+    EXPECT_TRUE(std::filesystem::path(path).is_absolute());
+}
+
+TEST(ProcessNumber, SameProcess_IsTheSame)
+{
+    EXPECT_NE(ProcessNumber(), 0u);
+    unsigned long other = 0;
+    std::thread([&other] { other = ProcessNumber(); }).join();
+    EXPECT_EQ(other, ProcessNumber());
+}
+
+TEST(ProgramArguments, ThisProgram_HasThoseOfItsCommandLine)
+{
+    // The test runner takes its own options out of argv, so all that is known here is what none of them is.
+    char name[] = "program";
+    char* words[] = {name, nullptr};
+    for (const std::string& argument : ProgramArguments(1, words))
+        EXPECT_NE(argument, ProgramPath());
+}
+
+} // namespace
+} // namespace kelmora::platform
