@@ -1,0 +1,336 @@
+// The tent filter's inner loops, compiled once per instruction set: see detail/simd.h for what that forbids.
+
+#include "image/primitives/detail/simd.h"
+#include "image/primitives/tent_kernels.h"
+
+namespace kelmora::KELMORA_VARIANT {
+namespace {
+
+// --- bytes --------------------------------------------------------------------------------------------------
+
+/// The forms that the scale of a sum takes: no form does more than its numbers ask for.
+enum class Form { Single, SingleSpread, SingleBiased, Double, DoubleBiased };
+
+struct Scale {
+    F32 spread, factor, bias;
+    F64 factorDouble, biasDouble;
+
+    explicit Scale(const TentScale& scale)
+        : spread(F32{} + static_cast<float>(scale.spread)), factor(F32{} + static_cast<float>(scale.factor)),
+          bias(F32{} + static_cast<float>(scale.bias)), factorDouble(F64{} + scale.factor),
+          biasDouble(F64{} + scale.bias)
+    {
+    }
+};
+
+template <Form form>
+KELMORA_INLINE I32 Finish(I32 sum, const Scale& scale)
+{
+    if constexpr (form == Form::Single)
+        return Round(ToFloat(sum) * scale.factor);
+    if constexpr (form == Form::SingleSpread)
+        return Round(ToFloat(sum) * scale.spread * scale.factor);
+    if constexpr (form == Form::SingleBiased)
+        return Round(ToFloat(sum) * scale.factor + scale.bias);
+    Doubles sums = ToDouble(sum);
+    sums.low *= scale.factorDouble;
+    sums.high *= scale.factorDouble;
+    if constexpr (form == Form::DoubleBiased) {
+        sums.low += scale.biasDouble;
+        sums.high += scale.biasDouble;
+    }
+    return Round(sums);
+}
+
+/// Slopes and sums of one vector of bytes. `sum` stands first in each.
+template <bool wide>
+struct State;
+
+template <>
+struct State<false> {
+    I32 sum[4];
+    I16 slope[2];
+
+    KELMORA_METHOD void Step(I16 low, I16 high)
+    {
+        slope[0] += low;
+        slope[1] += high;
+        sum[0] += WidenLow(slope[0]);
+        sum[1] += WidenHigh(slope[0]);
+        sum[2] += WidenLow(slope[1]);
+        sum[3] += WidenHigh(slope[1]);
+    }
+};
+
+template <>
+struct State<true> {
+    I32 sum[4];
+    I32 slope[4];
+
+    KELMORA_METHOD void Step(I16 low, I16 high)
+    {
+        slope[0] += WidenLow(low);
+        slope[1] += WidenHigh(low);
+        slope[2] += WidenLow(high);
+        slope[3] += WidenHigh(high);
+        for (int i = 0; i < 4; ++i)
+            sum[i] += slope[i];
+    }
+};
+
+/// The state in a picture that is `flat` everywhere.
+template <bool wide>
+KELMORA_INLINE State<wide> FlatState(U8 flat, std::int64_t weights)
+{
+    const auto factor = static_cast<int32_t>(weights);
+    State<wide> state = {};
+    state.sum[0] = WidenLow(WidenLow(flat)) * factor;
+    state.sum[1] = WidenHigh(WidenLow(flat)) * factor;
+    state.sum[2] = WidenLow(WidenHigh(flat)) * factor;
+    state.sum[3] = WidenHigh(WidenHigh(flat)) * factor;
+    return state;
+}
+
+template <bool wide>
+KELMORA_INLINE void Advance(State<wide>& state, U8 first, U8 rise, U8 fall, U8 last)
+{
+    state.Step((WidenLow(first) - WidenLow(rise)) + (WidenLow(last) - WidenLow(fall)),
+               (WidenHigh(first) - WidenHigh(rise)) + (WidenHigh(last) - WidenHigh(fall)));
+}
+
+template <Form form, bool wide>
+KELMORA_INLINE U8 Blurred(const State<wide>& state, const Scale& scale)
+{
+    return Pack(Pack(Finish<form>(state.sum[0], scale), Finish<form>(state.sum[1], scale)),
+                Pack(Finish<form>(state.sum[2], scale), Finish<form>(state.sum[3], scale)));
+}
+
+/// One vector's width of columns.
+template <Form form, bool wide, class LoadTap>
+KELMORA_INLINE void ColumnStrip(const TentColumns& job, const Scale& scale, int at, LoadTap load)
+{
+    using Slope = typename Conditional<wide, int32_t, int16_t>::type;
+    auto* slope = static_cast<Slope*>(job.slope) + at;
+    auto* sum = static_cast<int32_t*>(job.sum) + at;
+    State<wide> state;
+    if (job.flat) {
+        state = FlatState<wide>(load(job.flat + at), job.weights);
+    } else {
+        __builtin_memcpy(state.slope, slope, sizeof state.slope);
+        __builtin_memcpy(state.sum, sum, sizeof state.sum);
+    }
+
+    const std::uint8_t* const* taps = job.taps;
+    if (job.turned) {
+        U32 rows[kPixels];
+        for (int r = 0; r < kPixels; ++r, taps += 4) {
+            Advance(state, load(taps[0] + at), load(taps[1] + at), load(taps[2] + at), load(taps[3] + at));
+            rows[r] = (U32)Blurred<form>(state, scale);
+        }
+        Transpose(rows);
+        std::uint8_t* turned = job.turned + static_cast<ptrdiff_t>(at) * kPixels;
+        for (int c = 0; c < kPixels; ++c)
+            Store(turned + c * kVectorBytes, rows[c]);
+    } else {
+        for (int r = 0; r < job.steps; ++r, taps += 4)
+            Advance(state, load(taps[0] + at), load(taps[1] + at), load(taps[2] + at), load(taps[3] + at));
+    }
+    __builtin_memcpy(slope, state.slope, sizeof state.slope);
+    __builtin_memcpy(sum, state.sum, sizeof state.sum);
+}
+
+template <Form form, bool wide>
+void ByteColumns(const TentColumns& job)
+{
+    const Scale scale(job.scale);
+    const int bytes = job.width * 4;
+    int at = 0;
+    for (; at + kVectorBytes <= bytes; at += kVectorBytes)
+        ColumnStrip<form, wide>(job, scale, at, [](const std::uint8_t* p) { return Load<U8>(p); });
+    if (const int rest = bytes - at; rest > 0)
+        ColumnStrip<form, wide>(job, scale, at,
+                                [rest](const std::uint8_t* p) { return LoadPart<U8>(p, rest); });
+}
+
+template <Form form, bool wide>
+void ByteRowPass(const TentRows& job)
+{
+    const Scale scale(job.scale);
+    const auto column = [&job](int x) {
+        return Load<U8>(job.turned + static_cast<ptrdiff_t>(x) * kVectorBytes);
+    };
+    const auto advance = [&](State<wide>& state, int x) {
+        Advance(state, column(x + job.taps.first), column(x + job.taps.rise), column(x + job.taps.fall),
+                column(x + job.taps.last));
+    };
+
+    // Before the lead the window lies on a flat stretch.
+    auto state = FlatState<wide>(column(job.taps.last - job.lead - 1), job.weights);
+    for (int x = -job.lead; x < 0; ++x)
+        advance(state, x);
+
+    for (int x = 0; x < job.width; x += kPixels) {
+        U32 columns[kPixels];
+        for (int c = 0; c < kPixels; ++c) {
+            // The block's last columns may lie behind the row; the taps must not go further.
+            if (x + c < job.width)
+                advance(state, x + c);
+            columns[c] = (U32)Blurred<form>(state, scale);
+        }
+        Transpose(columns);
+        for (int r = 0; r < kPixels; ++r)
+            Store(job.rows + static_cast<ptrdiff_t>(r) * job.rowStep + x * 4, columns[r]);
+    }
+}
+
+/// Calls `work` with the form as a type's value.
+template <class Work>
+void WithForm(const TentScale& scale, Work&& work)
+{
+    if (scale.single && scale.bias != 0)
+        work.template operator()<Form::SingleBiased>();
+    else if (scale.single && scale.spread != 1)
+        work.template operator()<Form::SingleSpread>();
+    else if (scale.single)
+        work.template operator()<Form::Single>();
+    else if (scale.bias != 0)
+        work.template operator()<Form::DoubleBiased>();
+    else
+        work.template operator()<Form::Double>();
+}
+
+void AnyByteColumns(const TentColumns& job)
+{
+    WithForm(job.scale,
+             [&]<Form form>() { job.wide ? ByteColumns<form, true>(job) : ByteColumns<form, false>(job); });
+}
+
+void AnyByteRowPass(const TentRows& job)
+{
+    WithForm(job.scale,
+             [&]<Form form>() { job.wide ? ByteRowPass<form, true>(job) : ByteRowPass<form, false>(job); });
+}
+
+// --- floats -------------------------------------------------------------------------------------------------
+
+constexpr int kDoubles = kVectorBytes / 8; ///< doubles in a vector
+constexpr int kFloatRows = 8;
+constexpr int kTurnedColumn = kFloatRows * 16; ///< bytes of a turned column
+
+constexpr int kPair = 8 / kDoubles; ///< vectors that hold two pixels as doubles
+
+constexpr int kPrefetchBytes = 1024;
+
+typedef std::uint8_t Pair __attribute__((vector_size(32), may_alias)); ///< two float pixels
+
+KELMORA_INLINE F64 SecondDifference(const std::uint8_t* first, const std::uint8_t* rise,
+                                    const std::uint8_t* fall, const std::uint8_t* last)
+{
+    // One order for all instruction sets: the sums must come out alike to the last bit.
+    return ((LoadFloatsAsDoubles(first) - LoadFloatsAsDoubles(rise)) - LoadFloatsAsDoubles(fall))
+        + LoadFloatsAsDoubles(last);
+}
+
+/// Two pixels, each to a place of its own.
+KELMORA_INLINE void StorePair(std::uint8_t* left, std::uint8_t* right, const F64 (&pixels)[kPair], F64 factor)
+{
+    constexpr int bytes = kDoubles * 4; // of a vector's floats
+    for (int i = 0; i < kPair; ++i) {
+        alignas(32) std::uint8_t floats[bytes];
+        StoreAsFloats(floats, pixels[i] * factor);
+        if constexpr (bytes == 32) {
+            __builtin_memcpy(left, floats, 16);
+            __builtin_memcpy(right, floats + 16, 16);
+        } else {
+            std::uint8_t* to = i * bytes < 16 ? left : right;
+            __builtin_memcpy(to + i * bytes % 16, floats, bytes);
+        }
+    }
+}
+
+void FloatColumns(const TentColumns& job)
+{
+    const F64 factor = F64{} + job.scale.factor;
+    auto* slopes = static_cast<double*>(job.slope);
+    auto* sums = static_cast<double*>(job.sum);
+    for (int x = 0; x < job.width; x += 2) {
+        const bool lone = x + 1 == job.width; // the right pixel of the pair is not there
+        F64 slope[kPair] = {}, sum[kPair];
+        if (job.flat) {
+            const Pair flat = LoadPart<Pair>(job.flat + static_cast<ptrdiff_t>(x) * 16, lone ? 16 : 32);
+            for (int i = 0; i < kPair; ++i)
+                sum[i] = LoadFloatsAsDoubles(reinterpret_cast<const std::uint8_t*>(&flat) + i * kDoubles * 4)
+                    * static_cast<double>(job.weights);
+        } else {
+            __builtin_memcpy(slope, slopes + x * 4, sizeof slope);
+            __builtin_memcpy(sum, sums + x * 4, sizeof sum);
+        }
+        const std::uint8_t* const* taps = job.taps;
+        for (int r = 0; r < job.steps; ++r, taps += 4) {
+            const std::uint8_t* at[4];
+            std::uint8_t copies[4][32];
+            for (int t = 0; t < 4; ++t) {
+                at[t] = taps[t] + static_cast<ptrdiff_t>(x) * 16;
+                // More rows are read at once than the processor follows by itself.
+                if (x % 4 == 0)
+                    __builtin_prefetch(at[t] + kPrefetchBytes);
+                if (lone) {
+                    Store(copies[t], LoadPart<Pair>(at[t], 16));
+                    at[t] = copies[t];
+                }
+            }
+            for (int i = 0; i < kPair; ++i) {
+                const int o = i * kDoubles * 4;
+                slope[i] += SecondDifference(at[0] + o, at[1] + o, at[2] + o, at[3] + o);
+                sum[i] += slope[i];
+            }
+            if (job.turned) {
+                std::uint8_t* left = job.turned + static_cast<ptrdiff_t>(x) * kTurnedColumn + r * 16;
+                StorePair(left, left + kTurnedColumn, sum, factor);
+            }
+        }
+        __builtin_memcpy(slopes + x * 4, slope, sizeof slope);
+        __builtin_memcpy(sums + x * 4, sum, sizeof sum);
+    }
+}
+
+void FloatRowPass(const TentRows& job)
+{
+    constexpr int vectors = kFloatRows * 4 / kDoubles; // of one turned column
+    const F64 factor = F64{} + job.scale.factor;
+    const auto column = [&job](int x) { return job.turned + static_cast<ptrdiff_t>(x) * kTurnedColumn; };
+
+    F64 slope[vectors] = {}, sum[vectors];
+    const std::uint8_t* flat = column(job.taps.last - job.lead - 1);
+    for (int i = 0; i < vectors; ++i)
+        sum[i] = LoadFloatsAsDoubles(flat + i * kDoubles * 4) * static_cast<double>(job.weights);
+
+    for (int x = -job.lead; x < job.width; ++x) {
+        const std::uint8_t* first = column(x + job.taps.first);
+        const std::uint8_t* rise = column(x + job.taps.rise);
+        const std::uint8_t* fall = column(x + job.taps.fall);
+        const std::uint8_t* last = column(x + job.taps.last);
+        for (int i = 0; i < vectors; ++i) {
+            const int o = i * kDoubles * 4;
+            slope[i] += SecondDifference(first + o, rise + o, fall + o, last + o);
+            sum[i] += slope[i];
+        }
+        if (x < 0)
+            continue;
+        for (int r = 0; r < kFloatRows; r += 2) {
+            std::uint8_t* upper = job.rows + static_cast<ptrdiff_t>(r) * job.rowStep + x * 16;
+            F64 pair[kPair];
+            for (int i = 0; i < kPair; ++i)
+                pair[i] = sum[r / 2 * kPair + i];
+            StorePair(upper, upper + job.rowStep, pair, factor);
+        }
+    }
+}
+
+} // namespace
+
+extern const TentKernels kTentKernels;
+const TentKernels kTentKernels = {kPixels,        kFloatRows,   AnyByteColumns,
+                                  AnyByteRowPass, FloatColumns, FloatRowPass};
+
+} // namespace kelmora::KELMORA_VARIANT

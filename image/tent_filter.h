@@ -1,0 +1,87 @@
+#pragma once
+
+#include <cstdint>
+#include <utility>
+
+#include "image/frame_buffer.h"
+#include "image/picture_check.h"
+
+namespace kelmora {
+
+/// What a separable tent filter is asked for. It works on the `size` pixels at the top left of a picture.
+///
+/// The two outermost rows and columns count as copies of the third, and so does everything outside: that is
+/// what a picture looks like once ExtendBorder has rebuilt its surroundings with a margin two pixels deeper
+/// than the padding. With padding for one pixel more than the kernel reaches, on the far sides only the
+/// outermost row and column do.
+struct TentJob {
+    Size size;
+    int rowTaps = 1;    ///< horizontal size
+    int columnTaps = 1; ///< vertical size
+    int padWidth = 0;   ///< what a padded scratch picture is wider by: rowTaps, or rowTaps less 1 when odd
+    int padHeight = 0;
+    bool truncate = false; ///< bytes: divide toward zero instead of rounding to nearest
+
+    int LastColumn() const { return size.width + padWidth - 2 * (rowTaps / 2) - 3; }
+    int LastRow() const { return size.height + padHeight - 2 * (columnTaps / 2) - 3; }
+
+    /// Whether the picture is large enough to have an inside that can be extended.
+    bool HasInside() const { return LastColumn() >= kFirstKept && LastRow() >= kFirstKept; }
+
+    static constexpr int kFirstKept = 2; ///< the first row and column that count
+};
+
+/// Takes the filtered rows: each row from 0 to height - 1 once, from the top down.
+class TentRowSink {
+public:
+    /// `row`: size.width pixels of four channels, in the source's element type and channel order; valid
+    /// during the call.
+    virtual void Row(int y, const std::uint8_t* row) = 0;
+
+protected:
+    ~TentRowSink() = default;
+};
+
+enum class TentResult {
+    Done,
+    NotServed, ///< no row was handed out: the job wants the stepwise filter
+    NoMemory,  ///< no row was handed out: there is no working space
+};
+
+/// Filters four-channel pictures, bytes or floats, with running sums: the price of a pixel does not depend
+/// on the number of taps, and the working space is a few rows from `allocator`. The sink may write to
+/// `src`'s memory only if no filtered row depends on what it overwrites: not at all, that is.
+///
+/// Bytes come out exactly as from the column filter and the row filter in turn. Floats are summed in double
+/// with whole weights and divided once, so they may differ from sums with rounded weights in the last bit.
+/// From the first row on that holds floats which are not finite, or so large that running sums would lose
+/// the small ones beside them, every sum is made afresh: slow, and right.
+///
+/// NotServed: the picture has no inside or is none of the four picture formats, or there are more taps than a
+/// sum holds.
+TentResult FilterTent(const FrameBuffer& src, const TentJob& job, MemoryAllocator& allocator,
+                      TentRowSink& sink);
+
+/// FilterTent with a function object for a sink.
+template <class WriteRow>
+TentResult FilterTentRows(const FrameBuffer& src, const TentJob& job, MemoryAllocator& allocator,
+                          WriteRow&& writeRow)
+{
+    class Sink final : public TentRowSink {
+    public:
+        explicit Sink(WriteRow& write) : m_write(write) {}
+        void Row(int y, const std::uint8_t* row) override { m_write(y, row); }
+
+    private:
+        WriteRow& m_write;
+    } sink(writeRow);
+    return FilterTent(src, job, allocator, sink);
+}
+
+/// The same filter step by step: two padded scratch pictures of format `scratchFormat`, their borders
+/// rebuilt, a column filter and a row filter into `dst`. Serves every format and size; where a picture has
+/// no inside, its surroundings count as zeros. False when a step is refused or there is no memory.
+bool FilterTentStepwise(const FrameBuffer& src, FrameBuffer& dst, const TentJob& job,
+                        std::uint32_t scratchFormat, MemoryAllocator& allocator, bool withAlpha);
+
+} // namespace kelmora
