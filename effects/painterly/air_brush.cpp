@@ -1,0 +1,118 @@
+#include "effects/painterly/air_brush.h"
+
+#include "effects/common/knob_reader.h"
+#include "effects/painterly/air_brush_plan.h"
+#include "effects/painterly/edge_lift.h"
+#include "image/image_ops.h"
+#include "image/pixel_format.h"
+#include "image/tent_filter.h"
+
+namespace kelmora {
+namespace {
+
+using air_brush::Knobs;
+
+/// Asks for the knobs in the order that hosts have always seen.
+Knobs ReadKnobs(IVideoHost& host)
+{
+    KnobReader read(host);
+    Knobs knobs;
+    knobs.edge = read.Level(1);
+    knobs.spray = read.Level(0);
+    return knobs;
+}
+
+bool IsServed(const FrameBuffer& picture, const FrameBuffer& output)
+{
+    const int bytes = PixelBytesOf(picture.GetFormat());
+    return IsPicture(picture.GetFormat()) && picture.GetPixelBytes() == bytes
+        && output.GetPixelBytes() == bytes && Holds(picture, picture.GetWidth(), bytes)
+        && Holds(output, output.GetWidth(), bytes);
+}
+
+/// The scratch pictures are as many pixels larger as the kernel has taps.
+TentJob BlurJob(Size size, int taps)
+{
+    TentJob job;
+    job.size = size;
+    job.rowTaps = job.columnTaps = taps;
+    job.padWidth = job.padHeight = taps;
+    return job;
+}
+
+/// The edge step over whole pictures, whose rows the per-pixel loops find by their length in pixels.
+void EdgeLift(const FrameBuffer& picture, FrameBuffer& output, float edge)
+{
+    const EdgeLiftRow lift(picture.GetFormat(), edge);
+    const auto row = [](const FrameBuffer& p, int y) {
+        return p.GetPixels() + std::ptrdiff_t{p.GetRowPixels()} * p.GetPixelBytes() * y;
+    };
+    for (int y = 0; y < output.GetHeight(); ++y)
+        lift(row(picture, y), row(output, y), row(output, y), output.GetWidth());
+}
+
+/// The blur and the edge step in one pass over the rows.
+TentResult BlurAndLift(const FrameBuffer& picture, FrameBuffer& output, const TentJob& job, float edge,
+                       MemoryAllocator& allocator)
+{
+    const EdgeLiftRow lift(picture.GetFormat(), edge);
+    return FilterTentRows(picture, job, allocator, [&](int y, const std::uint8_t* blurred) {
+        lift(picture.PixelAddress(0, y, 0), blurred, output.PixelAddress(0, y, 0), job.size.width);
+    });
+}
+
+/// The blur into the output, then the edge step: for pictures too small to have an inside, and for rows that
+/// are no whole number of pixels apart.
+bool BlurThenLift(const FrameBuffer& picture, FrameBuffer& output, const TentJob& job, float edge,
+                  MemoryAllocator& allocator)
+{
+    if (!FilterTentStepwise(picture, output, job, AlphaLast(picture.GetFormat()), allocator, true))
+        return false;
+    if (IsAlphaFirst(picture.GetFormat())) {
+        ImageOps ops;
+        ops.ReverseChannels(output, output);
+    }
+    EdgeLift(picture, output, edge);
+    return true;
+}
+
+/// What an output in the picture's own memory would overwrite is set aside first.
+bool SetAside(const FrameBuffer& picture, const FrameBuffer& output, FrameBuffer& copy,
+              MemoryAllocator& allocator)
+{
+    if (!Overlap(picture, output))
+        return copy.AttachBuffer(picture);
+    ImageOps ops;
+    return copy.Allocate(picture.GetWidth(), picture.GetHeight(), picture.GetPixelBytes(), &allocator,
+                         picture.GetFormat(), picture.IsBottomUp())
+        && ops.Copy(picture, copy);
+}
+
+} // namespace
+
+bool CAirbrush::RenderFrame(const RenderCall& call)
+{
+    MemoryAllocator allocator(&call.host);
+    const Knobs knobs = ReadKnobs(call.host);
+
+    FrameBuffer picture, target;
+    picture.AttachFrame(&call.firstPicture);
+    target.AttachFrame(&call.output);
+    const Size size = CommonSize(picture, target);
+    const int taps = air_brush::TapsFor(knobs.spray, picture.GetHeight());
+    if (!IsServed(picture, target) || IsEmpty(size) || taps > air_brush::kMostTaps)
+        return true;
+
+    FrameBuffer output, source;
+    AttachCorner(output, target, size);
+    if (!SetAside(picture, output, source, allocator))
+        return true;
+
+    const TentJob job = BlurJob(size, taps);
+    const bool onePass = HasWholePixelRows(source) && HasWholePixelRows(output);
+    if (!onePass || BlurAndLift(source, output, job, knobs.edge, allocator) == TentResult::NotServed)
+        BlurThenLift(source, output, job, knobs.edge, allocator);
+    return true;
+}
+
+} // namespace kelmora
