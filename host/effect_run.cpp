@@ -1,0 +1,51 @@
+#include "host/effect_run.h"
+
+#include "contract/render_info.h"
+#include "host/failure.h"
+#include "host/pictures/pixel_conversion.h"
+#include "host/strict_host.h"
+
+namespace kelmora::host {
+namespace {
+
+/// A record of pixels whose rows follow each other without a gap.
+VideoFrame RecordOf(std::vector<std::uint8_t>& pixels, std::int32_t width, std::int32_t height,
+                    PixelFormat format)
+{
+    VideoFrame frame = {};
+    frame.data = pixels.data();
+    frame.width = width;
+    frame.height = height;
+    frame.pixelBytes = BytesOfPixel(format);
+    frame.stride = width * frame.pixelBytes;
+    frame.format = format;
+    return frame;
+}
+
+} // namespace
+
+Picture RenderPicture(IVideoEffect& effect, const Picture& first, const Picture* second,
+                      const FrameSettings& settings)
+{
+    std::vector<std::uint8_t> firstPixels = ToFormat(first, settings.format);
+    std::vector<std::uint8_t> secondPixels;
+    std::vector<std::uint8_t> output(firstPixels.size());
+    VideoFrame firstFrame = RecordOf(firstPixels, first.width, first.height, settings.format);
+    VideoFrame outputFrame = RecordOf(output, first.width, first.height, settings.format);
+    VideoFrame secondFrame = {};
+    if (second != nullptr) {
+        secondPixels = ToFormat(*second, settings.format);
+        secondFrame = RecordOf(secondPixels, second->width, second->height, settings.format);
+    }
+
+    RenderInfo info = {};
+    info.progress = settings.progress;
+    info.time = settings.time;
+    StrictHost host(settings.knobs, Strictness::Plain);
+    VideoFrame* const secondRecord = second != nullptr ? &secondFrame : nullptr;
+    if (!effect.Render(&host, &firstFrame, secondRecord, &outputFrame, &info))
+        throw Failure(ExitCode::Failed, "the effect could not render the picture");
+    return FromFormat(output, first.width, first.height, settings.format);
+}
+
+} // namespace kelmora::host

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "host/pictures/picture.h"
+#include "host/pictures/safe_write.h"
+
+namespace kelmora::host {
+
+inline constexpr int kDefaultQuality = 92;
+
+/// Reads a PNG, JPEG, BMP or TGA file; `path` is UTF-8. A picture without alpha gets 255. Throws Failure when
+/// that does not work.
+Picture ReadPicture(const std::string& path);
+
+/// Throws Failure when `path` does not end as a PNG or JPEG file does, or cannot be written to. For saying so
+/// before the work begins.
+void CheckPictureTarget(const std::string& path, Overwrite overwrite);
+
+/// Writes a PNG or, without its alpha, a JPEG file, as the end of the name says. Throws Failure when that
+/// does not work.
+///
+/// quality  1 to 100, for JPEG alone
+void WritePicture(const std::string& path, const Picture& picture, Overwrite overwrite,
+                  int quality = kDefaultQuality);
+
+} // namespace kelmora::host

@@ -1,0 +1,175 @@
+#include "host/arguments.h"
+
+#include <gtest/gtest.h>
+
+#include "host/library_file.h"
+
+namespace kelmora::host {
+namespace {
+
+using Words = std::vector<std::string>;
+
+/// The refusal of these arguments.
+TextAnswer Refusal(const Words& words)
+{
+    const Command command = ParseArguments(words);
+    if (const auto* const answer = std::get_if<TextAnswer>(&command))
+        return *answer;
+    ADD_FAILURE() << "taken";
+    return {};
+}
+
+template <class Arguments>
+Arguments Parsed(const Words& words)
+{
+    const Command command = ParseArguments(words);
+    if (const auto* const answer = std::get_if<TextAnswer>(&command))
+        ADD_FAILURE() << answer->text;
+    return std::holds_alternative<Arguments>(command) ? std::get<Arguments>(command) : Arguments{};
+}
+
+TEST(ParseArguments, List_TakesItsOptions)
+{
+    EXPECT_FALSE(Parsed<ListArguments>({"list"}).json);
+    EXPECT_EQ(Parsed<ListArguments>({"list"}).library, DefaultLibraryPath());
+    const auto list = Parsed<ListArguments>({"list", "--json", "--library", "other.so"});
+    EXPECT_TRUE(list.json);
+    EXPECT_EQ(list.library, "other.so");
+}
+
+TEST(ParseArguments, Describe_NeedsAnEffect)
+{
+    EXPECT_EQ(Parsed<DescribeArguments>({"describe", "Air Brush"}).effect, "Air Brush");
+    EXPECT_EQ(Refusal({"describe"}).code, ExitCode::Usage);
+}
+
+TEST(ParseArguments, Render_DefaultsAreThoseOfTheHelp)
+{
+    const auto render = Parsed<RenderArguments>({"render", "106", "in.png", "-o", "out.png"});
+    EXPECT_EQ(render.effect, "106");
+    EXPECT_EQ(render.input, "in.png");
+    EXPECT_EQ(render.output, "out.png");
+    EXPECT_EQ(render.second, "");
+    EXPECT_EQ(render.preset, "");
+    EXPECT_TRUE(render.settings.empty());
+    EXPECT_EQ(render.format, PF_BGRA8);
+    EXPECT_EQ(render.progress, 0.5);
+    EXPECT_EQ(render.time, 0.0);
+    EXPECT_EQ(render.quality, 92);
+    EXPECT_EQ(render.overwrite, Overwrite::No);
+}
+
+TEST(ParseArguments, Render_TakesAllItsOptions)
+{
+    const auto render = Parsed<RenderArguments>(
+        {"render", "--set",    "Spray=0.4", "smear",     "--set",    "Edge=1",     "a.png",     "--to",
+         "b.png",  "--output", "o.jpg",     "--preset",  "Touch Up", "--progress", "0.3",       "--time",
+         "-2.5",   "--format", "ARGB32F",   "--quality", "75",       "--force",    "--library", "x.dll"});
+    EXPECT_EQ(render.effect, "smear");
+    EXPECT_EQ(render.input, "a.png");
+    EXPECT_EQ(render.second, "b.png");
+    EXPECT_EQ(render.output, "o.jpg");
+    EXPECT_EQ(render.preset, "Touch Up");
+    EXPECT_EQ(render.settings, (Words{"Spray=0.4", "Edge=1"}));
+    EXPECT_EQ(render.progress, 0.3);
+    EXPECT_EQ(render.time, -2.5);
+    EXPECT_EQ(render.format, PF_ARGB32F);
+    EXPECT_EQ(render.quality, 75);
+    EXPECT_EQ(render.overwrite, Overwrite::Yes);
+    EXPECT_EQ(render.library, "x.dll");
+}
+
+TEST(ParseArguments, Render_EveryFormatHasItsWord)
+{
+    const std::pair<const char*, PixelFormat> formats[] = {
+        {"bgra8", PF_BGRA8}, {"argb8", PF_ARGB8}, {"bgra32f", PF_BGRA32F}, {"argb32f", PF_ARGB32F}};
+    for (const auto& [word, format] : formats) {
+        EXPECT_EQ(Parsed<RenderArguments>({"render", "1", "i", "-o", "o", "--format", word}).format, format)
+            << word;
+    }
+    EXPECT_EQ(Refusal({"render", "1", "i", "-o", "o", "--format", "rgb"}).code, ExitCode::Usage);
+    EXPECT_EQ(Refusal({"render", "1", "i", "-o", "o", "--format", "6"}).code, ExitCode::Usage);
+}
+
+TEST(ParseArguments, Render_NumbersOutOfTheirRange_AreRefused)
+{
+    const std::pair<const char*, const char*> bad[] = {
+        {"--progress", "1.5"}, {"--progress", "-0.1"}, {"--progress", "nan"}, {"--progress", "half"},
+        {"--time", "inf"},     {"--time", "1e300"},    {"--quality", "0"},    {"--quality", "101"},
+    };
+    for (const auto& [option, value] : bad) {
+        EXPECT_EQ(Refusal({"render", "1", "i", "-o", "o", option, value}).code, ExitCode::Usage)
+            << option << " " << value;
+    }
+}
+
+TEST(ParseArguments, Render_NumberOutOfItsRange_IsRefusedWithTheRange)
+{
+    EXPECT_EQ(Refusal({"render", "1", "i", "-o", "o", "--progress", "2"}).text,
+              "--progress: \"2\" is no number from 0 to 1; see kelmora render --help");
+}
+
+TEST(ParseArguments, Render_WithoutItsParts_IsRefused)
+{
+    EXPECT_EQ(Refusal({"render"}).code, ExitCode::Usage);
+    EXPECT_EQ(Refusal({"render", "106"}).code, ExitCode::Usage);
+    EXPECT_EQ(Refusal({"render", "106", "in.png"}).code, ExitCode::Usage);
+    EXPECT_EQ(Refusal({"render", "106", "in.png", "-o"}).code, ExitCode::Usage);
+    EXPECT_EQ(Refusal({"render", "106", "in.png", "more.png", "-o", "out.png"}).code, ExitCode::Usage);
+}
+
+TEST(ParseArguments, Check_TakesItsOptions)
+{
+    const auto check = Parsed<CheckArguments>(
+        {"check", "--only", "guard-bytes", "lib.so", "--only", "exports-present", "--seed", "7"});
+    EXPECT_EQ(check.file, "lib.so");
+    EXPECT_EQ(check.only, (Words{"guard-bytes", "exports-present"}));
+    EXPECT_EQ(check.seed, 7u);
+    EXPECT_FALSE(check.inProcess);
+    EXPECT_FALSE(check.listOnly);
+    EXPECT_TRUE(Parsed<CheckArguments>({"check", "--list"}).listOnly);
+    EXPECT_TRUE(Parsed<CheckArguments>({"check", "x", "--in-process"}).inProcess);
+    EXPECT_EQ(Refusal({"check", "x", "--seed", "-1"}).code, ExitCode::Usage);
+}
+
+TEST(ParseArguments, PathFromTheRoot_IsNoOption)
+{
+    EXPECT_EQ(Parsed<CheckArguments>({"check", "/tmp/library"}).file, "/tmp/library");
+    const auto render = Parsed<RenderArguments>({"render", "106", "/tmp/in.png", "-o", "/tmp/out.png"});
+    EXPECT_EQ(render.input, "/tmp/in.png");
+    EXPECT_EQ(render.output, "/tmp/out.png");
+}
+
+TEST(ParseArguments, UnknownOnes_AreRefusedInOneLineWithAHint)
+{
+    for (const Words& words : {Words{}, Words{"paint"}, Words{"list", "--yaml"}, Words{"--yaml"}}) {
+        const TextAnswer answer = Refusal(words);
+        EXPECT_EQ(answer.code, ExitCode::Usage);
+        EXPECT_EQ(answer.text.find('\n'), std::string::npos) << answer.text;
+        EXPECT_NE(answer.text.find("--help"), std::string::npos) << answer.text;
+    }
+    EXPECT_NE(Refusal({"list", "--yaml"}).text.find("see kelmora list --help"), std::string::npos);
+}
+
+TEST(ParseArguments, Help_HasExamples)
+{
+    const TextAnswer help = Refusal({"--help"});
+    EXPECT_EQ(help.code, ExitCode::Done);
+    for (const char* const word :
+         {"list", "describe", "render", "check", "Examples:", "--preset \"Touch Up\""})
+        EXPECT_NE(help.text.find(word), std::string::npos) << word;
+    const TextAnswer render = Refusal({"render", "--help"});
+    EXPECT_EQ(render.code, ExitCode::Done);
+    for (const char* const word : {"Usage: kelmora render ", "--progress", "--set", "#ff8800"})
+        EXPECT_NE(render.text.find(word), std::string::npos) << word;
+}
+
+TEST(ParseArguments, Version_IsTheProjects)
+{
+    const TextAnswer version = Refusal({"--version"});
+    EXPECT_EQ(version.code, ExitCode::Done);
+    EXPECT_EQ(version.text, "kelmora " KELMORA_TEST_VERSION "\n");
+}
+
+} // namespace
+} // namespace kelmora::host
