@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include "contract/kelmora.h"
+
+namespace kelmora::bench {
+
+/// A picture with noise in it, its rows without slack.
+class Frame {
+public:
+    Frame(int width, int height, std::uint32_t format);
+
+    VideoFrame Record();
+    std::vector<std::uint8_t>& Bytes() { return m_bytes; }
+
+private:
+    std::vector<std::uint8_t> m_bytes;
+    VideoFrame m_record = {};
+};
+
+/// Adds `work`'s time in multiples of a memcpy of a byte picture of `width` by `height` ("frames"): both are
+/// timed in turn in the same run, so that a drifting clock cancels out, and the medians are compared.
+template <class Work>
+void Measure(benchmark::State& state, int width, int height, Work&& work);
+
+/// A host without memory of its own, whose knobs are one list of levels.
+class Host final : public IVideoHost {
+public:
+    explicit Host(std::vector<float> levels) : m_levels(std::move(levels)) {}
+
+    std::int32_t KELMORA_CALL QueryInterface(const InterfaceId*, void** out) override;
+    std::uint32_t KELMORA_CALL AddRef() override { return 2; }
+    std::uint32_t KELMORA_CALL Release() override { return 1; }
+    bool KELMORA_CALL GetParamValue(std::uint32_t knob, ParamValue* out, ParamKind kind) override;
+    bool KELMORA_CALL HostReserved4(std::uint32_t, std::uint32_t, std::uint8_t) override { return false; }
+    std::uint32_t KELMORA_CALL HostReserved5(std::uint32_t, std::uint32_t) override { return 0; }
+    bool KELMORA_CALL HostReserved6(std::uint32_t, std::uint32_t) override { return false; }
+    void KELMORA_CALL HostReserved7(std::uint32_t, std::uint32_t) override {}
+    HostInfo* KELMORA_CALL GetHostInfo(HostInfo* result) override;
+
+private:
+    std::vector<float> m_levels;
+};
+
+// --- body of Measure ----------------------------------------------------------------------------------
+
+/// Nanoseconds of one memcpy of a byte picture.
+class CopyClock {
+public:
+    CopyClock(int width, int height);
+    double Once();
+
+private:
+    std::vector<std::uint8_t> m_from, m_to;
+};
+
+double Now(); ///< nanoseconds
+double Median(std::vector<double> values);
+
+template <class Work>
+void Measure(benchmark::State& state, int width, int height, Work&& work)
+{
+    CopyClock copy(width, height);
+    std::vector<double> copies, works;
+    for (auto _ : state) {
+        state.PauseTiming();
+        for (int i = 0; i < 3; ++i) // warm, as the picture of an editor's previous frame is
+            copies.push_back(copy.Once());
+        work(); // brings the work's own pictures back
+        state.ResumeTiming();
+        const double start = Now();
+        work();
+        works.push_back(Now() - start);
+    }
+    state.counters["frames"] = Median(works) / Median(copies);
+    state.counters["fps"] = 1e9 / Median(works);
+}
+
+} // namespace kelmora::bench
