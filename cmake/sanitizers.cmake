@@ -6,3 +6,8 @@ if(KELMORA_SANITIZE)
     add_compile_options(-fsanitize=${KELMORA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
     add_link_options(-fsanitize=${KELMORA_SANITIZE})
 endif()
+
+# The fuzzer steers by the coverage of the code under test.
+if(KELMORA_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

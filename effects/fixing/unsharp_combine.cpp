@@ -48,7 +48,7 @@ int ScaledAmount(float amount)
 bool GivesAllBytes(const ByteGain& gain, int scaled)
 {
     for (int v = 255; v >= 0; --v)
-        if (gain(v) != UnsharpCombine::Scaled(scaled, v))
+        if (gain(static_cast<unsigned>(v)) != UnsharpCombine::Scaled(scaled, v))
             return false;
     return true;
 }

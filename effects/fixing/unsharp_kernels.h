@@ -6,13 +6,16 @@
 
 namespace kelmora {
 
-/// v * amount of a byte as one multiplication: ((v * 256 * factor) >> 16) + offset >> shift.
+/// A byte times the amount as one multiplication, in unsigned words.
 struct ByteGain {
     std::uint16_t factor;
     std::uint16_t offset;
     int shift;
 
-    constexpr int operator()(int v) const { return (((v * 256 * factor) >> 16) + offset) >> shift; }
+    constexpr int operator()(unsigned v) const
+    {
+        return static_cast<int>((((v * 256 * factor) >> 16) + offset) >> shift);
+    }
 };
 
 /// One row of the combination of a picture and its blur. The rows may start at any address; `result` may be

@@ -1,0 +1,94 @@
+// Any record, any knob, any render info, a host whose memory runs out: every effect, no fault.
+
+#include "contract/kelmora.h"
+#include "fuzz/input.h"
+#include "image/primitives/cpu_variant.h"
+#include "library/effect_numbers.h"
+
+namespace kelmora::fuzz {
+namespace {
+
+class Host final : public IVideoHost, public IMemoryProvider {
+public:
+    explicit Host(Input& input) : m_provides(input.Below(2) != 0), m_refused(input.Take<std::uint8_t>())
+    {
+        for (ParamValue& value : m_values) {
+            const int kind = input.Below(8);
+            const float level = static_cast<float>(input.Take<std::uint8_t>()) / 255.0f;
+            value.value = kind < 6 ? FloatWord(level) : input.Take<std::uint32_t>();
+        }
+    }
+
+    std::int32_t KELMORA_CALL QueryInterface(const InterfaceId* interfaceId, void** out) override
+    {
+        *out =
+            m_provides && *interfaceId == IMemoryProvider::id ? static_cast<IMemoryProvider*>(this) : nullptr;
+        return *out ? S_OK : E_NOINTERFACE;
+    }
+
+    std::uint32_t KELMORA_CALL AddRef() override { return 2; }
+    std::uint32_t KELMORA_CALL Release() override { return 1; }
+
+    bool KELMORA_CALL GetParamValue(std::uint32_t knob, ParamValue* out, ParamKind kind) override
+    {
+        *out = m_values[knob % 8];
+        out->kind = kind;
+        return true;
+    }
+
+    bool KELMORA_CALL HostReserved4(std::uint32_t, std::uint32_t, std::uint8_t) override { return false; }
+    std::uint32_t KELMORA_CALL HostReserved5(std::uint32_t, std::uint32_t) override { return 0; }
+    bool KELMORA_CALL HostReserved6(std::uint32_t, std::uint32_t) override { return false; }
+    void KELMORA_CALL HostReserved7(std::uint32_t, std::uint32_t) override {}
+
+    HostInfo* KELMORA_CALL GetHostInfo(HostInfo* result) override
+    {
+        *result = {};
+        return result;
+    }
+
+    bool KELMORA_CALL Alloc(void** out, std::uint32_t bytes) override
+    {
+        constexpr std::uint32_t most = 64u << 20;
+        *out = m_calls++ == m_refused || bytes > most ? nullptr : new std::uint8_t[bytes];
+        return *out != nullptr;
+    }
+
+    void KELMORA_CALL Free(void* memory) override { delete[] static_cast<std::uint8_t*>(memory); }
+
+    bool KELMORA_CALL AllocImage(void** out, std::int32_t width, std::int32_t height, std::int32_t pixelBytes,
+                                 std::int32_t* stride) override
+    {
+        *stride = width * pixelBytes;
+        return Alloc(out, static_cast<std::uint32_t>(*stride) * static_cast<std::uint32_t>(height));
+    }
+
+    void KELMORA_CALL FreeImage(void* memory) override { Free(memory); }
+
+private:
+    bool m_provides;
+    int m_refused, m_calls = 0;
+    ParamValue m_values[8] = {};
+};
+
+} // namespace
+} // namespace kelmora::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    using namespace kelmora;
+    fuzz::Input input(data, size);
+    UseVariant(static_cast<CpuVariant>(input.Below(3)));
+    IVideoEffect* effect = CreateEffectOfNumber(Effect3DConfetti + input.Below(10));
+    if (!effect)
+        return -1; // not worth keeping
+    fuzz::Host host(input);
+    auto info = input.Take<RenderInfo>();
+    const int alias = input.Below(8);
+    fuzz::Picture first(input), second(input), output(input);
+    if (alias == 0)
+        output.Record() = first.Record();
+    effect->Render(&host, &first.Record(), alias == 1 ? nullptr : &second.Record(), &output.Record(), &info);
+    effect->Release();
+    return 0;
+}
