@@ -6,7 +6,8 @@ option(KELMORA_WERROR "Treat warnings as errors" ON)
 add_library(kelmora_warnings INTERFACE)
 target_compile_options(kelmora_warnings INTERFACE
     -Wall -Wextra -Wconversion -Wdouble-promotion -Wshadow -Wformat=2 -Wnull-dereference
-    -Wframe-larger-than=8192 # a host's thread may have 64 KiB of stack
+    # A host's thread may have 64 KiB of stack. Unoptimised code keeps every temporary.
+    $<$<NOT:$<CONFIG:Debug>>:-Wframe-larger-than=8192>
     $<$<BOOL:${KELMORA_WERROR}>:-Werror>)
 
 # Vectors never cross a function that is not inlined, so how they would be passed does not matter.

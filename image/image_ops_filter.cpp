@@ -417,6 +417,8 @@ bool ImageOps::Blur(const FrameBuffer& src, FrameBuffer& dst, float xSize, float
     job.padWidth = job.rowTaps / 2 * 2;
     job.padHeight = job.columnTaps / 2 * 2;
     job.truncate = dst.GetFormat() == PF_ARGB8;
+    if (std::max(job.size.width, job.size.height) > TentJob::kLongestSide)
+        return false;
 
     MemoryAllocator ownMemory;
     if (!BlurPixels(src, dst, job, allocator ? *allocator : ownMemory, withAlpha))

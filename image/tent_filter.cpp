@@ -308,6 +308,16 @@ private:
 
 } // namespace
 
+namespace {
+
+bool HasPaddableSize(const TentJob& job)
+{
+    return std::max(job.size.width, job.size.height) <= TentJob::kLongestSide
+        && std::max({job.padWidth, job.padHeight, job.rowTaps, job.columnTaps}) <= 1 << 16;
+}
+
+} // namespace
+
 TentResult FilterTent(const FrameBuffer& src, const TentJob& job, MemoryAllocator& allocator,
                       TentRowSink& sink)
 {
@@ -315,8 +325,8 @@ TentResult FilterTent(const FrameBuffer& src, const TentJob& job, MemoryAllocato
     if (!IsPicture(format) || src.GetPixelBytes() != PixelBytesOf(format)
         || !Holds(src, job.size.width, PixelBytesOf(format)) || src.GetHeight() < job.size.height)
         return TentResult::NotServed;
-    if (job.rowTaps < 1 || job.columnTaps < 1 || std::max(job.rowTaps, job.columnTaps) > kTentMostTaps
-        || !job.HasInside())
+    if (!HasPaddableSize(job) || job.rowTaps < 1 || job.columnTaps < 1
+        || std::max(job.rowTaps, job.columnTaps) > kTentMostTaps || !job.HasInside())
         return TentResult::NotServed;
 
     TentRun run(src, job);
@@ -374,6 +384,8 @@ bool RunPasses(FrameBuffer& padded, FrameBuffer& columns, FrameBuffer& dst, cons
 bool FilterTentStepwise(const FrameBuffer& src, FrameBuffer& dst, const TentJob& job,
                         std::uint32_t scratchFormat, MemoryAllocator& allocator, bool withAlpha)
 {
+    if (!HasPaddableSize(job))
+        return false;
     const Size padded = {job.size.width + job.padWidth, job.size.height + job.padHeight};
     FrameBuffer a, b;
     if (!AllocateCleared(a, padded, src.GetPixelBytes(), scratchFormat, allocator)

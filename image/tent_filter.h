@@ -29,6 +29,9 @@ struct TentJob {
     bool HasInside() const { return LastColumn() >= kFirstKept && LastRow() >= kFirstKept; }
 
     static constexpr int kFirstKept = 2; ///< the first row and column that count
+
+    /// The largest side of a picture: padding may be added to it without a thought of overflow.
+    static constexpr int kLongestSide = 1 << 30;
 };
 
 /// Takes the filtered rows: each row from 0 to height - 1 once, from the top down.
