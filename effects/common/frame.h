@@ -23,15 +23,15 @@ struct RenderCall {
 
 /// One field of the host's record, which may stand at any address and end right behind its last field.
 template <class T>
-T ReadField(const RenderInfo& info, std::size_t offset)
+T ReadField(const RenderInfo* info, std::size_t offset)
 {
     T value;
-    std::memcpy(&value, reinterpret_cast<const char*>(&info) + offset, sizeof value);
+    std::memcpy(&value, reinterpret_cast<const char*>(info) + offset, sizeof value);
     return value;
 }
 
 /// Whether the frame is a half-height field of an interlaced picture.
-inline bool IsHalfHeight(const RenderInfo& info)
+inline bool IsHalfHeight(const RenderInfo* info)
 {
     const auto flags = ReadField<std::uint32_t>(info, offsetof(RenderInfo, flags));
     const auto fieldMode = ReadField<std::int16_t>(info, offsetof(RenderInfo, fieldMode));

@@ -116,7 +116,7 @@ bool CUnsharpMask::RenderFrame(const RenderCall& call)
 
     // Without memory, and without anything to add, the picture itself is what remains.
     ImageOps ops;
-    if (!Sharpen(src, dst, plan, IsHalfHeight(*call.info), allocator))
+    if (!Sharpen(src, dst, plan, IsHalfHeight(call.info), allocator))
         ops.Copy(src, dst);
     const int alpha = AlphaIndex(src.GetFormat());
     ops.CopyChannel(src, dst, alpha, alpha);

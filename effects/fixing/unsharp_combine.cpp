@@ -48,7 +48,7 @@ int ScaledAmount(float amount)
 bool GivesAllBytes(const ByteGain& gain, int scaled)
 {
     for (int v = 255; v >= 0; --v)
-        if (gain(static_cast<unsigned>(v)) != UnsharpCombine::Scaled(scaled, v))
+        if (gain(v) != UnsharpCombine::Scaled(scaled, v))
             return false;
     return true;
 }
@@ -59,7 +59,7 @@ std::optional<ByteGain> FindByteGain(int scaled)
 {
     if (scaled < 0 || scaled > 2 * 10000)
         return std::nullopt;
-    for (int shift = 7; shift <= 12; ++shift) {
+    for (int shift = 6; shift <= 12; ++shift) {
         const int exact = static_cast<int>(scaled * (std::int64_t{256} << shift) / 10000);
         for (int factor = exact; factor <= exact + 1; ++factor) {
             // The product, its offset included, must stay inside a word.

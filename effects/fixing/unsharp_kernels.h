@@ -12,9 +12,9 @@ struct ByteGain {
     std::uint16_t offset;
     int shift;
 
-    constexpr int operator()(unsigned v) const
+    constexpr int operator()(int v) const
     {
-        return static_cast<int>((((v * 256 * factor) >> 16) + offset) >> shift);
+        return static_cast<int>((((static_cast<unsigned>(v) * 256 * factor) >> 16) + offset) >> shift);
     }
 };
 

@@ -34,12 +34,12 @@ std::int64_t SquareRoot(std::int64_t value)
     return root;
 }
 
-Colour Ramp(std::int64_t x, std::int64_t y, std::int64_t w, std::int64_t h)
+PixelColour Ramp(std::int64_t x, std::int64_t y, std::int64_t w, std::int64_t h)
 {
     return {Rising(x, w), Rising(y, h), Rising(x + y, w + h - 1), 255};
 }
 
-Colour ZonePlate(std::int64_t x, std::int64_t y, std::int64_t w, std::int64_t h)
+PixelColour ZonePlate(std::int64_t x, std::int64_t y, std::int64_t w, std::int64_t h)
 {
     // In half pixels from the middle. The phase runs 256 steps per pixel at the nearer border: there the
     // rings alternate from pixel to pixel.
@@ -50,7 +50,7 @@ Colour ZonePlate(std::int64_t x, std::int64_t y, std::int64_t w, std::int64_t h)
     return {level, level, level, 255};
 }
 
-Colour HardEdges(std::int64_t x, std::int64_t y, std::int64_t w, std::int64_t h)
+PixelColour HardEdges(std::int64_t x, std::int64_t y, std::int64_t w, std::int64_t h)
 {
     if (x == w / 3 || y == h / 3)
         return {0, 0, 0, 255};
@@ -59,7 +59,7 @@ Colour HardEdges(std::int64_t x, std::int64_t y, std::int64_t w, std::int64_t h)
     return {level(0), level(1), level(2), 255};
 }
 
-Colour SoftEdges(std::int64_t x, std::int64_t y, std::int64_t w, std::int64_t h)
+PixelColour SoftEdges(std::int64_t x, std::int64_t y, std::int64_t w, std::int64_t h)
 {
     const std::int64_t dx = 2 * x - (w - 1);
     const std::int64_t dy = 2 * y - (h - 1);
@@ -73,7 +73,7 @@ Colour SoftEdges(std::int64_t x, std::int64_t y, std::int64_t w, std::int64_t h)
     return {mix(230, 120), mix(250, 60), mix(255, 20), 255};
 }
 
-Colour Moving(std::int64_t x, std::int64_t y, std::int64_t w, std::int64_t h, std::int64_t frame)
+PixelColour Moving(std::int64_t x, std::int64_t y, std::int64_t w, std::int64_t h, std::int64_t frame)
 {
     const std::int64_t across = (frame * 7) % std::max<std::int64_t>(w, 1);
     const std::int64_t down = (frame * 3) % std::max<std::int64_t>(h, 1);
@@ -89,8 +89,8 @@ Colour Moving(std::int64_t x, std::int64_t y, std::int64_t w, std::int64_t h, st
 
 } // namespace
 
-Colour ColourAt(Motif motif, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height,
-                std::int32_t frame)
+PixelColour ColourAt(Motif motif, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height,
+                     std::int32_t frame)
 {
     switch (motif) {
     case Motif::Ramp:
@@ -102,7 +102,7 @@ Colour ColourAt(Motif motif, std::int32_t x, std::int32_t y, std::int32_t width,
     case Motif::SoftEdges:
         return SoftEdges(x, y, width, height);
     case Motif::AlphaRamp: {
-        Colour colour = Ramp(x, y, width, height);
+        PixelColour colour = Ramp(x, y, width, height);
         colour.alpha = Rising(x, width);
         return colour;
     }
@@ -120,7 +120,7 @@ void Draw(GuardedPicture& picture, Motif motif, std::int32_t frame)
 {
     for (std::int32_t y = 0; y < picture.Height(); ++y) {
         for (std::int32_t x = 0; x < picture.Width(); ++x) {
-            const Colour colour = ColourAt(motif, x, y, picture.Width(), picture.Height(), frame);
+            const PixelColour colour = ColourAt(motif, x, y, picture.Width(), picture.Height(), frame);
             if (picture.Channels() == 1)
                 picture.SetColour(x, y, colour.green, 0, 0, 0);
             else

@@ -27,18 +27,18 @@ inline constexpr Motif kAllMotifs[] = {Motif::Ramp,      Motif::ZonePlate, Motif
 inline constexpr std::uint32_t kPictureFormats[] = {PF_BGRA8, PF_ARGB8, PF_BGRA32F, PF_ARGB32F};
 
 /// A colour in byte levels.
-struct Colour {
+struct PixelColour {
     std::uint8_t blue;
     std::uint8_t green;
     std::uint8_t red;
     std::uint8_t alpha;
 
-    constexpr bool operator==(const Colour&) const = default;
+    constexpr bool operator==(const PixelColour&) const = default;
 };
 
 /// The colour of one pixel of `motif` in a picture of width x height. frame: 0 and up, for Moving.
-Colour ColourAt(Motif motif, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height,
-                std::int32_t frame = 0);
+PixelColour ColourAt(Motif motif, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height,
+                     std::int32_t frame = 0);
 
 /// Draws `motif` in the picture's own format: alpha-first and alpha-last pictures get the same colours,
 /// float pictures the byte levels times 1/255. Masks get the green channel.

@@ -7,9 +7,9 @@ namespace {
 
 TEST(Pictures_Ramp, RunsFromZeroToFull_InBothDirections)
 {
-    EXPECT_EQ(ColourAt(Motif::Ramp, 0, 0, 64, 48), (Colour{0, 0, 0, 255}));
-    EXPECT_EQ(ColourAt(Motif::Ramp, 63, 47, 64, 48), (Colour{255, 255, 255, 255}));
-    EXPECT_EQ(ColourAt(Motif::Ramp, 63, 0, 64, 48), (Colour{255, 0, 146, 255})); // 63 * 255 / 110
+    EXPECT_EQ(ColourAt(Motif::Ramp, 0, 0, 64, 48), (PixelColour{0, 0, 0, 255}));
+    EXPECT_EQ(ColourAt(Motif::Ramp, 63, 47, 64, 48), (PixelColour{255, 255, 255, 255}));
+    EXPECT_EQ(ColourAt(Motif::Ramp, 63, 0, 64, 48), (PixelColour{255, 0, 146, 255})); // 63 * 255 / 110
 }
 
 TEST(Pictures_AlphaRamp, AlphaRisesToTheRight)
@@ -21,15 +21,15 @@ TEST(Pictures_AlphaRamp, AlphaRisesToTheRight)
 
 TEST(Pictures_Checkerboard, AlternatesByPixel)
 {
-    EXPECT_EQ(ColourAt(Motif::Checkerboard, 0, 0, 8, 8), (Colour{0, 0, 0, 255}));
-    EXPECT_EQ(ColourAt(Motif::Checkerboard, 1, 0, 8, 8), (Colour{255, 255, 255, 255}));
-    EXPECT_EQ(ColourAt(Motif::Checkerboard, 1, 1, 8, 8), (Colour{0, 0, 0, 255}));
+    EXPECT_EQ(ColourAt(Motif::Checkerboard, 0, 0, 8, 8), (PixelColour{0, 0, 0, 255}));
+    EXPECT_EQ(ColourAt(Motif::Checkerboard, 1, 0, 8, 8), (PixelColour{255, 255, 255, 255}));
+    EXPECT_EQ(ColourAt(Motif::Checkerboard, 1, 1, 8, 8), (PixelColour{0, 0, 0, 255}));
 }
 
 TEST(Pictures_SoftEdges, LightInTheMiddle_GroundInTheCorners)
 {
-    EXPECT_EQ(ColourAt(Motif::SoftEdges, 32, 24, 64, 48), (Colour{230, 250, 255, 255}));
-    EXPECT_EQ(ColourAt(Motif::SoftEdges, 0, 0, 64, 48), (Colour{120, 60, 20, 255}));
+    EXPECT_EQ(ColourAt(Motif::SoftEdges, 32, 24, 64, 48), (PixelColour{230, 250, 255, 255}));
+    EXPECT_EQ(ColourAt(Motif::SoftEdges, 0, 0, 64, 48), (PixelColour{120, 60, 20, 255}));
 }
 
 TEST(Pictures_Moving, EveryFrame_IsAnotherPicture)
