@@ -1,0 +1,66 @@
+#include "effects/common/frame.h"
+
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/info.h"
+
+namespace kelmora {
+namespace {
+
+bool HalfHeight(std::uint32_t flags, std::int16_t fieldMode)
+{
+    InfoFields fields;
+    fields.flags = flags;
+    fields.fieldMode = fieldMode;
+    const FlushInfo info(fields, 0xFF); // ends on an unreadable page, at an odd address for its doubles
+    return IsHalfHeight(info.Get());
+}
+
+TEST(Frame, IsHalfHeight_NeedsTheFlagAndAModeBelowThree)
+{
+    EXPECT_TRUE(HalfHeight(0x20, 0));
+    EXPECT_TRUE(HalfHeight(0x20, 2));
+    EXPECT_TRUE(HalfHeight(0x20, -1)); // the mode is signed
+    EXPECT_TRUE(HalfHeight(0xFFFFFFFF, -32768));
+    EXPECT_FALSE(HalfHeight(0x20, 3));
+    EXPECT_FALSE(HalfHeight(0x20, 32767));
+    EXPECT_FALSE(HalfHeight(0xFFFFFFDF, 0));
+    EXPECT_FALSE(HalfHeight(0, 0));
+}
+
+TEST(Frame, ReadField_ReadsUnalignedDoubles)
+{
+    const FlushInfo info(AtProgress(0.375));
+    EXPECT_EQ(ReadField<double>(info.Get(), offsetof(RenderInfo, progress)), 0.375);
+}
+
+TEST(Frame, AttachCorner_IsTheTopLeftInTheOrderOfMemory)
+{
+    std::vector<std::uint8_t> memory(5 * 24);
+    FrameBuffer picture, corner;
+    picture.Attach(memory.data() + 4 * 24, 6, 5, -24, 4, PF_ARGB8, false); // upward rows
+    AttachCorner(corner, picture, {2, 3});
+    EXPECT_EQ(corner.GetPixels(), memory.data());
+    EXPECT_EQ(corner.GetWidth(), 2);
+    EXPECT_EQ(corner.GetHeight(), 3);
+    EXPECT_EQ(corner.GetStride(), 24);
+    EXPECT_EQ(corner.GetPixelBytes(), 4);
+    EXPECT_EQ(corner.GetFormat(), PF_ARGB8);
+    EXPECT_TRUE(corner.IsBottomUp());
+    EXPECT_FALSE(corner.IsOwned());
+}
+
+TEST(Frame, HasWholePixelRows_OnlyForStridesThatAreMultiples)
+{
+    std::vector<std::uint8_t> memory(64);
+    FrameBuffer picture;
+    picture.Attach(memory.data(), 4, 2, 20, 4, PF_BGRA8, false);
+    EXPECT_TRUE(HasWholePixelRows(picture));
+    picture.Attach(memory.data(), 4, 2, 21, 4, PF_BGRA8, false);
+    EXPECT_FALSE(HasWholePixelRows(picture));
+}
+
+} // namespace
+} // namespace kelmora

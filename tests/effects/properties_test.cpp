@@ -1,0 +1,491 @@
+// What holds for every effect alike.
+
+#include <array>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/effects/pictures_as_plain.h"
+
+#if defined(__SSE__)
+#include <xmmintrin.h>
+#endif
+
+namespace kelmora {
+namespace {
+
+const std::vector<float> kSome = {0.6f, 0.4f};
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+class EveryEffect : public testing::TestWithParam<EffectClass> {
+protected:
+    /// What stays when there is no memory: the output as it stood, or the picture.
+    bool CopiesWithoutMemory() const
+    {
+        return GetParam() == EffectClass::UnsharpMask || GetParam() == EffectClass::WrapDetailEnhancer;
+    }
+};
+
+GuardedPicture Noisy(std::int32_t width, std::int32_t height, std::uint32_t format, std::uint32_t seed,
+                     const PictureLayout& layout = {})
+{
+    GuardedPicture picture(width, height, format, layout);
+    picture.FillNoise(seed);
+    return picture;
+}
+
+// --- memory ---------------------------------------------------------------------------------------------
+
+TEST_P(EveryEffect, Render_RefusedAllocations_LeaveTheOutputOrCopyThePicture)
+{
+    // Wide enough for running sums, and too small for them.
+    constexpr std::int32_t sizes[][2] = {{64, 48}, {4, 60}};
+    for (const std::uint32_t format : kPictureFormats)
+        for (const auto& size : sizes)
+            for (const bool fromThenOn : {false, true})
+                for (std::uint64_t n = 0;; ++n) {
+                    ASSERT_LT(n, 100u);
+                    SCOPED_TRACE(std::string(FormatName(format)) + ", refused: " + std::to_string(n));
+                    MemoryHabits habits;
+                    (fromThenOn ? habits.refuseFrom : habits.refuseOnly) = n;
+                    FakeMemoryProvider memory(habits);
+                    FakeHost host(Levels(GetParam(), kSome));
+                    host.SetMemory(&memory);
+                    const HeldEffect effect = NewEffect(GetParam());
+                    const GuardedPicture in = Noisy(size[0], size[1], format, 1);
+                    GuardedPicture out = Noisy(size[0], size[1], format, 2);
+                    const GuardedPicture before = out;
+                    EXPECT_TRUE(Render(*effect, host, in, out));
+                    EXPECT_EQ(memory.OpenBlocks(), 0u);
+                    const bool wasRefused = memory.Refused() != 0;
+                    if (wasRefused) {
+                        EXPECT_TRUE(Equal(out, CopiesWithoutMemory() ? in : before));
+                    }
+
+                    memory.SetHabits({});
+                    GuardedPicture again = before, expected = before;
+                    EXPECT_TRUE(Render(*effect, host, in, again));
+                    RenderFresh(GetParam(), kSome, in, expected);
+                    EXPECT_TRUE(Equal(again, expected));
+                    if (!wasRefused) {
+                        EXPECT_GT(n, 0u) << "no memory was asked for";
+                        break;
+                    }
+                }
+}
+
+TEST_P(EveryEffect, Render_WhateverScratchMemoryHeld_GivesTheSamePixels)
+{
+    std::mt19937 random(11);
+    for (const std::uint32_t format : kPictureFormats)
+        for (int i = 0; i < 60; ++i) {
+            const auto width = static_cast<std::int32_t>(i < 30 ? random() % 9 + 1 : random() % 80 + 1);
+            const auto height = static_cast<std::int32_t>(i < 30 ? random() % 9 + 1 : random() % 60 + 1);
+            const std::vector<float> levels = {i % 3 == 0 ? 8.0f : 0.6f, 0.4f};
+            const GuardedPicture in = Noisy(width, height, format, static_cast<std::uint32_t>(random()));
+            GuardedPicture expected = Noisy(width, height, format, 1);
+            const GuardedPicture before = expected;
+            RenderFresh(GetParam(), levels, in, expected); // memory of the library's own
+            for (const std::uint32_t fill : {0x00000000u, 0xA5A5A5A5u, 0x7FA5A5A5u}) {
+                MemoryHabits habits;
+                habits.fill = fill;
+                habits.misalign = static_cast<std::int32_t>(random() % 16) * 4;
+                habits.slack = static_cast<std::int32_t>(random() % 3) * BytesOfPixel(format);
+                habits.guard = random() % 3 == 0 ? Guard::PageEnd : Guard::Moat;
+                FakeMemoryProvider memory(habits);
+                FakeHost host(Levels(GetParam(), levels));
+                host.SetMemory(&memory);
+                GuardedPicture out = before;
+                EXPECT_TRUE(Render(*NewEffect(GetParam()), host, in, out));
+                EXPECT_TRUE(Equal(out, expected)) << width << " x " << height << " " << FormatName(format);
+            }
+        }
+}
+
+TEST_P(EveryEffect, Render_ProvidersWithBadHabits_GiveTheSamePixels)
+{
+    const GuardedPicture in = Noisy(50, 40, PF_BGRA8, 1);
+    GuardedPicture expected(50, 40, PF_BGRA8);
+    RenderFresh(GetParam(), kSome, in, expected);
+    for (const ProviderAnswer answer :
+         {ProviderAnswer::SayYesGiveNothing, ProviderAnswer::SayNoLeaveGarbage, ProviderAnswer::Refuse}) {
+        FakeHost host(Levels(GetParam(), kSome));
+        host.SetProviderAnswer(answer);
+        GuardedPicture out(50, 40, PF_BGRA8);
+        EXPECT_TRUE(Render(*NewEffect(GetParam()), host, in, out));
+        EXPECT_TRUE(Equal(out, expected));
+    }
+}
+
+// --- arguments ------------------------------------------------------------------------------------------
+
+TEST_P(EveryEffect, Render_NullHostPictureOutputOrPixels_IsRefused)
+{
+    const GuardedPicture in = Noisy(20, 20, PF_BGRA8, 1);
+    GuardedPicture out = Noisy(20, 20, PF_BGRA8, 2);
+    const GuardedPicture before = out;
+    FakeHost host(Levels(GetParam(), kSome));
+    const HeldEffect effect = NewEffect(GetParam());
+    RenderInfo info = MakeInfo({});
+    VideoFrame first = in.Frame(), output = out.Frame(), empty = in.Frame();
+    empty.data = nullptr;
+    EXPECT_FALSE(effect->Render(nullptr, &first, nullptr, &output, &info));
+    EXPECT_FALSE(effect->Render(&host, nullptr, nullptr, &output, &info));
+    EXPECT_FALSE(effect->Render(&host, &empty, nullptr, &output, &info));
+    EXPECT_FALSE(effect->Render(&host, &first, nullptr, nullptr, &info));
+    EXPECT_FALSE(effect->Render(&host, &first, nullptr, &empty, &info));
+    EXPECT_TRUE(Equal(out, before));
+    EXPECT_TRUE(host.Reads().empty());
+    EXPECT_TRUE(effect->Render(&host, &first, &empty, &output, &info)) << "the second picture plays no part";
+}
+
+TEST_P(EveryEffect, Render_OtherFormats_AreTrueAndWriteNothing)
+{
+    for (const std::uint32_t format : {2u, 5u, 6u, 7u, 8u, 0xFFFFFFFFu})
+        for (const std::int32_t pixelBytes : {1, 4, 16}) {
+            GuardedPicture in(12, 12, pixelBytes, PF_BGRA8), out(12, 12, pixelBytes, PF_BGRA8);
+            in.FillBytes(90);
+            out.FillBytes(17);
+            const GuardedPicture before = out;
+            FakeHost host(Levels(GetParam(), kSome));
+            VideoFrame first = in.Frame(), output = out.Frame();
+            first.format = output.format = format;
+            RenderInfo info = MakeInfo({});
+            EXPECT_TRUE(NewEffect(GetParam())->Render(&host, &first, nullptr, &output, &info));
+            EXPECT_TRUE(Equal(out, before)) << format << " of " << pixelBytes;
+        }
+}
+
+TEST_P(EveryEffect, Render_PixelSizesThatDisagree_AreTrueAndWriteNothing)
+{
+    for (const std::uint32_t inFormat : kPictureFormats)
+        for (const std::uint32_t outFormat : kPictureFormats)
+            for (const std::int32_t inBytes : {0, 1, 4, 16, -4})
+                for (const std::int32_t outBytes : {0, 1, 4, 16, -4}) {
+                    const std::int32_t right = BytesOfPixel(inFormat);
+                    if (inBytes == right && outBytes == right)
+                        continue;
+                    GuardedPicture memory(12 * 16, 12, 1, PF_Mask8), out = memory;
+                    out.FillBytes(17);
+                    const GuardedPicture before = out;
+                    FakeHost host(Levels(GetParam(), kSome));
+                    VideoFrame first = memory.Frame(), output = out.Frame();
+                    first.width = output.width = 12;
+                    first.format = inFormat;
+                    first.pixelBytes = inBytes;
+                    output.format = outFormat;
+                    output.pixelBytes = outBytes;
+                    RenderInfo info = MakeInfo({});
+                    EXPECT_TRUE(NewEffect(GetParam())->Render(&host, &first, nullptr, &output, &info));
+                    EXPECT_TRUE(Equal(out, before)) << inBytes << " to " << outBytes;
+                }
+}
+
+TEST_P(EveryEffect, Render_TheOutputsOwnTag_PlaysNoPart)
+{
+    for (const std::uint32_t format : {PF_BGRA8, PF_ARGB8}) {
+        const GuardedPicture in = Noisy(30, 40, format, 3);
+        GuardedPicture expected(30, 40, format), out(30, 40, format);
+        RenderFresh(GetParam(), kSome, in, expected);
+        FakeHost host(Levels(GetParam(), kSome));
+        VideoFrame first = in.Frame(), output = out.Frame();
+        output.format = format == PF_BGRA8 ? PF_ARGB8 : PF_BGRA8;
+        output.bottomUp = 255;
+        RenderInfo info = MakeInfo({});
+        EXPECT_TRUE(NewEffect(GetParam())->Render(&host, &first, nullptr, &output, &info));
+        EXPECT_TRUE(Equal(out, expected));
+    }
+}
+
+TEST_P(EveryEffect, Render_SizesBelowOneAndShortStrides_AreTrueAndWriteNothing)
+{
+    constexpr std::int32_t least = std::numeric_limits<std::int32_t>::min();
+    const GuardedPicture in = Noisy(20, 20, PF_BGRA32F, 1);
+    GuardedPicture out = Noisy(20, 20, PF_BGRA32F, 2);
+    const GuardedPicture before = out;
+    const auto render = [&](const auto& change) {
+        for (const bool ofOutput : {false, true}) {
+            FakeHost host(Levels(GetParam(), kSome));
+            VideoFrame first = in.Frame(), output = out.Frame();
+            change(ofOutput ? output : first);
+            RenderInfo info = MakeInfo({});
+            EXPECT_TRUE(NewEffect(GetParam())->Render(&host, &first, nullptr, &output, &info));
+            EXPECT_TRUE(Equal(out, before));
+        }
+    };
+    for (const std::int32_t size : {0, -1, -10, least}) {
+        render([&](VideoFrame& frame) { frame.width = size; });
+        render([&](VideoFrame& frame) { frame.height = size; });
+    }
+    for (const std::int32_t stride : {0, 1, 16, 319, -319})
+        render([&](VideoFrame& frame) {
+            frame.data = static_cast<std::uint8_t*>(frame.data) + (stride < 0 ? 19 * 320 : 0);
+            frame.stride = stride;
+        });
+}
+
+TEST_P(EveryEffect, Render_WildKnobs_StayInsideTheMemory)
+{
+    std::mt19937 random(5);
+    constexpr float wild[] = {0.0f,
+                              1.0f,
+                              -1.0f,
+                              kNaN,
+                              1e30f,
+                              -1e30f,
+                              1e-40f,
+                              std::numeric_limits<float>::infinity(),
+                              -std::numeric_limits<float>::infinity(),
+                              40.0f,
+                              3e9f,
+                              -0.1f};
+    for (const std::uint32_t format : kPictureFormats)
+        for (const float first : wild)
+            for (const float second : wild) {
+                PictureLayout layout;
+                layout.guard = random() % 2 != 0 ? Guard::PageEnd : Guard::PageStart;
+                GuardedPicture in(13, 11, format, layout), out(12, 12, format, layout);
+                in.FillNoise(static_cast<std::uint32_t>(random()), Noise::Special);
+                in.Freeze();
+                RenderFresh(GetParam(), {first, second}, in, out);
+            }
+}
+
+// --- rows -------------------------------------------------------------------------------------------------
+
+TEST_P(EveryEffect, Render_StridesOfNoWholePixels_AreThePlainVersions)
+{
+    // What steps by whole pixels and what steps by the stride part ways then, and write between the rows: the
+    // whole memory is compared.
+    std::mt19937 random(6);
+    for (const std::uint32_t format : {PF_BGRA8, PF_ARGB8})
+        for (int i = 0; i < 60; ++i) {
+            const auto width = static_cast<std::int32_t>(random() % 30 + 1);
+            const auto height = static_cast<std::int32_t>(random() % 40 + 1);
+            const auto frame = [&](std::vector<std::uint8_t>& memory, bool mayBeWhole) {
+                const auto slack = static_cast<std::int32_t>(random() % 4 + (mayBeWhole ? 0 : 1));
+                const std::int32_t stride = 4 * width + slack;
+                memory.resize(static_cast<std::size_t>(stride) * static_cast<std::size_t>(height));
+                for (std::uint8_t& byte : memory)
+                    byte = static_cast<std::uint8_t>(random());
+                VideoFrame record = {memory.data(), width, height, stride, 4, {}, format, 0};
+                if (random() % 3 == 0) {
+                    record.data = memory.data() + static_cast<std::ptrdiff_t>(stride) * (height - 1);
+                    record.stride = -stride;
+                }
+                return record;
+            };
+            std::vector<std::uint8_t> inMemory, outMemory;
+            VideoFrame first = frame(inMemory, i % 2 == 0), output = frame(outMemory, i % 2 != 0);
+            const std::vector<std::uint8_t> before = outMemory, inBefore = inMemory;
+            const std::vector<float> levels = {0.8f, 0.4f};
+            RenderPlain(GetParam(), levels, first, output, false);
+            const std::vector<std::uint8_t> expected = outMemory;
+            outMemory = before;
+            FakeHost host(Levels(GetParam(), levels));
+            RenderInfo info = MakeInfo({});
+            EXPECT_TRUE(NewEffect(GetParam())->Render(&host, &first, nullptr, &output, &info));
+            EXPECT_EQ(outMemory, expected)
+                << width << " x " << height << ", strides " << first.stride << ", " << output.stride;
+            EXPECT_EQ(inMemory, inBefore);
+        }
+}
+
+TEST_P(EveryEffect, Render_UpwardRows_GiveTheSameMemory)
+{
+    for (const std::uint32_t format : kPictureFormats) {
+        PictureLayout upward;
+        upward.upward = upward.bottomUp = true;
+        const GuardedPicture down = Noisy(33, 27, format, 4);
+        GuardedPicture up(33, 27, format, upward), downOut(33, 27, format), upOut(33, 27, format, upward);
+        const auto rowBytes = static_cast<std::size_t>(33 * BytesOfPixel(format));
+        for (int y = 0; y < 27; ++y)
+            std::memcpy(up.Row(26 - y), down.Row(y), rowBytes);
+        RenderFresh(GetParam(), kSome, down, downOut);
+        RenderFresh(GetParam(), kSome, up, upOut);
+        for (int y = 0; y < 27; ++y)
+            EXPECT_EQ(std::memcmp(upOut.Row(26 - y), downOut.Row(y), rowBytes), 0) << y;
+    }
+}
+
+TEST_P(EveryEffect, Render_IntoThePictureItself_GivesWhatAnotherOutputGets)
+{
+    for (const std::uint32_t format : kPictureFormats)
+        for (const auto& [width, height] : {std::pair{64, 48}, {4, 50}, {7, 3}, {1, 1}}) {
+            const GuardedPicture in = Noisy(width, height, format, 9);
+            GuardedPicture expected(width, height, format), both = in;
+            RenderFresh(GetParam(), kSome, in, expected);
+            FakeHost host(Levels(GetParam(), kSome));
+            VideoFrame first = both.Frame(), output = both.Frame();
+            RenderInfo info = MakeInfo({});
+            EXPECT_TRUE(NewEffect(GetParam())->Render(&host, &first, nullptr, &output, &info));
+            EXPECT_TRUE(Equal(both, expected)) << width << " x " << height;
+        }
+}
+
+TEST_P(EveryEffect, Render_OutputsThatMeetThePicture_StayInsideTheMemory)
+{
+    for (const std::uint32_t format : kPictureFormats)
+        for (const std::int32_t rows : {0, 1, 2})
+            for (const std::int32_t pixels : {0, 1, 3}) {
+                GuardedPicture memory = Noisy(40, 30, format, 10);
+                VideoFrame first = memory.Frame(), output = memory.Frame();
+                first.width = output.width = 37;
+                first.height = output.height = 28;
+                output.data = memory.Row(rows) + pixels * BytesOfPixel(format);
+                FakeHost host(Levels(GetParam(), kSome));
+                RenderInfo info = MakeInfo({});
+                EXPECT_TRUE(NewEffect(GetParam())->Render(&host, &first, nullptr, &output, &info));
+                memory.Check();
+            }
+}
+
+// --- one render and the next -----------------------------------------------------------------------------
+
+TEST_P(EveryEffect, Render_TwiceAndInterleaved_GivesTheSamePixels)
+{
+    for (const std::uint32_t format : kPictureFormats) {
+        const GuardedPicture in = Noisy(40, 30, format, 1), other = Noisy(25, 45, format, 2);
+        GuardedPicture expected(40, 30, format);
+        RenderFresh(GetParam(), kSome, in, expected);
+        FakeHost host(Levels(GetParam(), kSome)), secondHost(Levels(GetParam(), {0.1f, 0.9f}));
+        const HeldEffect effect = NewEffect(GetParam()), second = NewEffect(GetParam());
+        for (int i = 0; i < 3; ++i) {
+            GuardedPicture out(40, 30, format), otherOut(25, 45, format);
+            EXPECT_TRUE(Render(*second, secondHost, other, otherOut));
+            EXPECT_TRUE(Render(*effect, host, in, out));
+            EXPECT_TRUE(Equal(out, expected));
+            EXPECT_TRUE(Render(*effect, secondHost, other, otherOut));
+        }
+    }
+}
+
+TEST_P(EveryEffect, Render_UnreadBytesOfTheInfoAndOtherFlags_MakeNoDifference)
+{
+    const GuardedPicture in = Noisy(40, 60, PF_BGRA8, 1);
+    GuardedPicture expected(40, 60, PF_BGRA8);
+    RenderFresh(GetParam(), kSome, in, expected);
+    for (const std::uint32_t flags : {0u, 0xFFFFFFDFu, 0x20u}) {
+        InfoFields fields;
+        fields.flags = flags;
+        fields.fieldMode = 3;
+        fields.progress = std::numeric_limits<double>::quiet_NaN();
+        fields.time = 1e300;
+        const FlushInfo info(fields, 0x5A);
+        FakeHost host(Levels(GetParam(), kSome));
+        GuardedPicture out(40, 60, PF_BGRA8);
+        VideoFrame first = in.Frame(), output = out.Frame();
+        EXPECT_TRUE(NewEffect(GetParam())->Render(&host, &first, nullptr, &output, info.Get()));
+        EXPECT_TRUE(Equal(out, expected)) << flags;
+    }
+}
+
+TEST_P(EveryEffect, RenderInThreads_OwnObjects_GivesTheSamePixelsAsInTurn)
+{
+    constexpr int kThreads = 4, kRounds = 6;
+    std::vector<GuardedPicture> inputs, expected, outputs;
+    for (int t = 0; t < kThreads; ++t) {
+        const std::uint32_t format = kPictureFormats[t];
+        inputs.push_back(Noisy(64 + t, 48 - t, format, static_cast<std::uint32_t>(t)));
+        expected.emplace_back(64 + t, 48 - t, format);
+        outputs.emplace_back(64 + t, 48 - t, format);
+        RenderFresh(GetParam(), kSome, inputs.back(), expected.back());
+    }
+    std::vector<std::thread> threads;
+    for (std::size_t t = 0; t < kThreads; ++t)
+        threads.emplace_back([&, t] {
+            const HeldEffect effect = NewEffect(GetParam());
+            FakeHost host(Levels(GetParam(), kSome));
+            for (int round = 0; round < kRounds; ++round)
+                EXPECT_TRUE(Render(*effect, host, inputs[t], outputs[t]));
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (std::size_t t = 0; t < kThreads; ++t)
+        EXPECT_TRUE(Equal(outputs[t], expected[t]));
+}
+
+// --- the host's floating-point arithmetic ---------------------------------------------------------------------
+
+#if defined(__SSE__)
+struct Arithmetic {
+    const char* name;
+    std::uint32_t mxcsr;
+    std::uint16_t x87;
+};
+
+// Rounding, flush-to-zero with denormals-are-zero, unmasked exceptions, and the x87's precision and rounding.
+constexpr Arithmetic kArithmetics[] = {
+    {"down", 0x3F80, 0x077F},     {"up", 0x5F80, 0x0B7F},       {"to zero", 0x7F80, 0x0F7F},
+    {"flushed", 0x9FC0, 0x037F},  {"unmasked", 0x0000, 0x0340}, {"24-bit x87", 0x1F80, 0x007F},
+    {"flags up", 0x1FBF, 0x037F},
+};
+
+std::uint16_t X87Control()
+{
+    std::uint16_t word = 0;
+    __asm__ volatile("fnstcw %0" : "=m"(word));
+    return word;
+}
+
+void SetX87Control(std::uint16_t word)
+{
+    // A flag that some earlier arithmetic left up would be raised as soon as its exception is unmasked.
+    __asm__ volatile("fnclex\n\tfldcw %0" : : "m"(word));
+}
+
+TEST_P(EveryEffect, Render_WhateverTheHostsArithmetic_GivesTheSamePixelsAndPutsItBack)
+{
+    for (const std::uint32_t format : kPictureFormats) {
+        GuardedPicture in(50, 40, format);
+        in.FillNoise(3, Noise::Uniform);
+        if (IsFloatFormat(format))
+            for (int x = 0; x < 50; ++x)
+                in.SetFloat(x, 20, 1, 1e-42f * static_cast<float>(x)); // denormal
+        GuardedPicture expected(50, 40, format);
+        RenderFresh(GetParam(), kSome, in, expected);
+        for (const Arithmetic& arithmetic : kArithmetics) {
+            SCOPED_TRACE(arithmetic.name);
+            GuardedPicture out(50, 40, format);
+            FakeHost host(Levels(GetParam(), kSome));
+            const HeldEffect effect = NewEffect(GetParam());
+            VideoFrame first = in.Frame(), output = out.Frame();
+            RenderInfo info = MakeInfo({});
+            const std::uint32_t mxcsr = _mm_getcsr();
+            const std::uint16_t x87 = X87Control();
+            SetX87Control(arithmetic.x87);
+            _mm_setcsr(arithmetic.mxcsr);
+            const bool result = effect->Render(&host, &first, nullptr, &output, &info);
+            const std::uint32_t mxcsrAfter = _mm_getcsr();
+            const std::uint16_t x87After = X87Control();
+            _mm_setcsr(mxcsr);
+            SetX87Control(x87);
+            EXPECT_TRUE(result);
+            EXPECT_EQ(mxcsrAfter, arithmetic.mxcsr);
+            EXPECT_EQ(x87After, arithmetic.x87);
+            EXPECT_TRUE(Equal(out, expected)) << FormatName(format);
+        }
+    }
+}
+#endif
+
+INSTANTIATE_TEST_SUITE_P(Effects, EveryEffect, testing::ValuesIn(kAllEffects), [](const auto& tested) {
+    switch (tested.param) {
+    case EffectClass::Airbrush:
+        return "AirBrush";
+    case EffectClass::UnsharpMask:
+        return "DetailEnhancer";
+    case EffectClass::WrapAirbrush:
+        return "WrappedAirBrush";
+    default:
+        return "WrappedDetailEnhancer";
+    }
+});
+
+} // namespace
+} // namespace kelmora

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string_view>
+
+#include "tests/golden/golden_cases.h"
+
+namespace kelmora {
+
+/// The library's picture of a case of "air_brush" or "detail_enhancer".
+GuardedPicture RenderCase(std::string_view effect, const GoldenCase& one);
+
+} // namespace kelmora

@@ -1,0 +1,51 @@
+#include "tests/golden/golden_cases.h"
+
+#include <gtest/gtest.h>
+
+#include "image/primitives/cpu_variant.h"
+#include "tests/golden/golden_render.h"
+#include "tests/support/hash.h"
+
+namespace kelmora {
+namespace {
+
+constexpr CpuVariant kVariants[] = {CpuVariant::Baseline, CpuVariant::Avx2, CpuVariant::Avx512};
+
+void CompareWithManifest(const std::string& effect, const std::string& manifestName, bool floats)
+{
+    const CpuVariant before = CurrentVariant();
+    for (const CpuVariant variant : kVariants) {
+        if (!UseVariant(variant))
+            continue;
+        SCOPED_TRACE("CPU variant " + std::to_string(static_cast<int>(variant)));
+        GoldenManifest manifest(manifestName);
+        for (const GoldenCase& one : GoldenCases(effect, floats))
+            EXPECT_TRUE(manifest.Matches(one.Picture(), FormatName(one.format), one.preset, 0.0,
+                                         RenderCase(effect, one).Frame()));
+        EXPECT_TRUE(manifest.AllUsed());
+    }
+    UseVariant(before);
+}
+
+TEST(Golden, AirBrush_BytePicturesOfAllPresets_AreThePlainVersions)
+{
+    CompareWithManifest("air_brush", "air_brush", false);
+}
+
+TEST(Golden, AirBrush_FloatPicturesOfAllPresets_AreTheSameInEveryBuild)
+{
+    CompareWithManifest("air_brush", "air_brush_float", true);
+}
+
+TEST(Golden, DetailEnhancer_BytePicturesOfAllPresets_AreThePlainVersions)
+{
+    CompareWithManifest("detail_enhancer", "detail_enhancer", false);
+}
+
+TEST(Golden, DetailEnhancer_FloatPicturesOfAllPresets_AreTheSameInEveryBuild)
+{
+    CompareWithManifest("detail_enhancer", "detail_enhancer_float", true);
+}
+
+} // namespace
+} // namespace kelmora
