@@ -109,6 +109,7 @@ bool ImageOps::Copy(const FrameBuffer& src, FrameBuffer& dst)
         || src.GetPixelBytes() != dst.GetPixelBytes())
         return false;
     const CopyKind kind = CopyKindOf(src);
+    // Kept: a copy that copies nothing has not failed.
     if (kind == CopyKind::None)
         return true;
     if (!Holds(src, size.width, BytesOf(kind)) || !Holds(dst, size.width, BytesOf(kind)))

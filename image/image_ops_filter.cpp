@@ -80,7 +80,8 @@ FilterRegion ColumnRegion(const FrameBuffer& src, const FrameBuffer& dst, int ke
                           int leftMargin)
 {
     const std::int64_t srcHeight = src.GetHeight(), dstHeight = dst.GetHeight();
-    // One row less than the row filter takes columns when the size is odd.
+    // Kept: one row less than the row filter takes columns when the size is odd. Blurs rely on ExtendBorder to
+    // cover it.
     const std::int64_t height = std::min(srcHeight - kernelSize, dstHeight);
     FilterRegion region;
     region.dstY = StartInSpare(dstHeight - height, kernelSize, anchor);
@@ -113,8 +114,10 @@ void CopyAlpha(const T* src, int srcStep, T* dst, int dstStep, int width, int he
     }
 }
 
-/// From the first tap's pixel to the region's: the taps run forward here, so a lopsided kernel comes out as
-/// the mirror image of what the primitives give.
+// Kept: in the alpha-first loops the taps run forward, so a lopsided kernel comes out as the mirror image of
+// what the primitives give, and bytes are divided toward zero, so a blur is up to one level darker.
+
+/// From the first tap's pixel to the region's.
 std::ptrdiff_t ForwardOffset(std::ptrdiff_t tapStep, int kernelSize, int anchor)
 {
     return tapStep * (anchor + 1 - kernelSize);
@@ -424,6 +427,8 @@ bool ImageOps::Blur(const FrameBuffer& src, FrameBuffer& dst, float xSize, float
     if (!BlurPixels(src, dst, job, allocator ? *allocator : ownMemory, withAlpha))
         return false;
     if (!withAlpha) {
+        // Kept: the channel goes by the source's format alone. From alpha-first to alpha-last it is no alpha in
+        // the destination.
         const std::uint32_t format = src.GetFormat();
         const int alpha = format == PF_BGRA8 || format == PF_BGRA32F ? 3 : 0;
         CopyChannel(src, dst, alpha, alpha);

@@ -10,6 +10,7 @@
 #include "image/primitives/tent_kernels.h"
 #include "image/scratch.h"
 #include "image/tent_kernel.h"
+#include "image/tent_scale.h"
 
 namespace kelmora {
 namespace {
@@ -26,72 +27,10 @@ bool IsSummable(const std::uint8_t* row, int width)
     return !outside;
 }
 
-// --- how sums of bytes become bytes -------------------------------------------------------------------
-
-int Apply(const TentScale& scale, std::int64_t sum)
-{
-    if (!scale.single)
-        return static_cast<int>(std::lrint(static_cast<double>(sum) * scale.factor + scale.bias));
-    const float spread = static_cast<float>(sum) * static_cast<float>(scale.spread);
-    const float product = spread * static_cast<float>(scale.factor);
-    return static_cast<int>(std::lrint(product + static_cast<float>(scale.bias)));
-}
-
-/// Whether two scales agree on the sums beside a rounding boundary. Elsewhere they do: single precision errs
-/// by far less than one step of a sum.
-bool Agree(const TentScale& a, const TentScale& b, std::int64_t weights, bool truncate)
-{
-    for (std::int64_t value = 0; value <= 255; ++value) {
-        const std::int64_t boundary = weights * value - (truncate ? 0 : weights / 2);
-        for (std::int64_t sum = boundary - 1; sum <= boundary + 1; ++sum)
-            if (sum >= 0 && sum <= weights * 255 && Apply(a, sum) != Apply(b, sum))
-                return false;
-    }
-    return true;
-}
-
-/// The division by `weights` as one multiplication: in double precision as the filters do it, in single
-/// precision where that is proven to give the same bytes. Exact ties are what the two may differ in: which
-/// of them come out inexact depends on the reciprocal's last bit, and so on what the sums are spread by.
-TentScale ByteScale(std::int64_t weights, bool truncate)
-{
-    constexpr int kMostSpread = 256;
-    TentScale scale;
-    scale.factor = 1.0 / static_cast<double>(weights);
-    // Half a step up so that whole quotients lie safely above their boundary, then half a unit down.
-    scale.bias = truncate ? 0.5 * scale.factor - 0.5 : 0.0;
-
-    const bool hasTies = !truncate && weights % 2 == 0;
-    const auto tie = [&](int value) { return weights * value + weights / 2; };
-    std::uint8_t tied[255] = {};
-    for (int value = 0; hasTies && value < 255; ++value)
-        tied[value] = static_cast<std::uint8_t>(Apply(scale, tie(value)));
-
-    TentScale single = scale;
-    single.single = true;
-    const auto keepsTies = [&] {
-        for (int value = 0; value < 255; ++value)
-            if (Apply(single, tie(value)) != tied[value])
-                return false;
-        return true;
-    };
-    for (single.spread = 1; single.spread <= (hasTies ? kMostSpread : 1); ++single.spread) {
-        if (weights * 255 * single.spread >= 1 << 24) // beyond, single precision does not hold every sum
-            break;
-        const float nearest = static_cast<float>(scale.factor / single.spread);
-        for (const float factor : {nearest, std::nextafter(nearest, 1.0f), std::nextafter(nearest, 0.0f)}) {
-            single.factor = static_cast<double>(factor);
-            if ((!hasTies || keepsTies()) && Agree(single, scale, weights, truncate))
-                return single;
-        }
-    }
-    return scale;
-}
-
 TentScale ScaleFor(int taps, bool floats, bool truncate)
 {
     if (!floats)
-        return ByteScale(TentSum(taps), truncate);
+        return MakeByteScale(TentSum(taps), truncate);
     TentScale scale;
     scale.factor = 1.0 / static_cast<double>(TentSum(taps));
     return scale;

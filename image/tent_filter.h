@@ -28,6 +28,7 @@ struct TentJob {
     /// Whether the picture is large enough to have an inside that can be extended.
     bool HasInside() const { return LastColumn() >= kFirstKept && LastRow() >= kFirstKept; }
 
+    // Kept: the two outermost rows and columns are lost to every blur, also to one of a single tap.
     static constexpr int kFirstKept = 2; ///< the first row and column that count
 
     /// The largest side of a picture: padding may be added to it without a thought of overflow.

@@ -43,6 +43,8 @@ struct TentScale {
     int spread = 1; ///< single precision only: a whole number that sums are multiplied by first
     double factor = 0;
     double bias = 0;
+    std::int32_t patchedSum = 0; ///< single precision only: the one sum that comes out wrong, or 0
+    int patch = 0;               ///< what to add for it: 1 or -1
 };
 
 /// One block of a column pass: each step moves the sums one row on.

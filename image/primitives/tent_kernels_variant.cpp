@@ -9,16 +9,17 @@ namespace {
 // --- bytes --------------------------------------------------------------------------------------------------
 
 /// The forms that the scale of a sum takes: no form does more than its numbers ask for.
-enum class Form { Single, SingleSpread, SingleBiased, Double, DoubleBiased };
+enum class Form { Single, SingleSpread, SinglePatched, SingleBiased, Double, DoubleBiased };
 
 struct Scale {
     F32 spread, factor, bias;
     F64 factorDouble, biasDouble;
+    I32 patchedSum, patch;
 
     explicit Scale(const TentScale& scale)
         : spread(F32{} + static_cast<float>(scale.spread)), factor(F32{} + static_cast<float>(scale.factor)),
           bias(F32{} + static_cast<float>(scale.bias)), factorDouble(F64{} + scale.factor),
-          biasDouble(F64{} + scale.bias)
+          biasDouble(F64{} + scale.bias), patchedSum(I32{} + scale.patchedSum), patch(I32{} + scale.patch)
     {
     }
 };
@@ -30,6 +31,9 @@ KELMORA_INLINE I32 Finish(I32 sum, const Scale& scale)
         return Round(ToFloat(sum) * scale.factor);
     if constexpr (form == Form::SingleSpread)
         return Round(ToFloat(sum) * scale.spread * scale.factor);
+    if constexpr (form == Form::SinglePatched)
+        return Round(ToFloat(sum) * scale.spread * scale.factor)
+            + (MaskEqual(sum, scale.patchedSum) & scale.patch);
     if constexpr (form == Form::SingleBiased)
         return Round(ToFloat(sum) * scale.factor + scale.bias);
     Doubles sums = ToDouble(sum);
@@ -189,6 +193,8 @@ void WithForm(const TentScale& scale, Work&& work)
 {
     if (scale.single && scale.bias != 0)
         work.template operator()<Form::SingleBiased>();
+    else if (scale.single && scale.patch != 0)
+        work.template operator()<Form::SinglePatched>();
     else if (scale.single && scale.spread != 1)
         work.template operator()<Form::SingleSpread>();
     else if (scale.single)

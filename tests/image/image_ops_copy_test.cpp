@@ -68,7 +68,7 @@ TEST(Copy, EveryServedFormat_CopiesTheCommonSize)
         });
 }
 
-TEST(Copy, Packed8_IsTrueAndWritesNothing)
+TEST(Copy, Kept_Packed8_IsTrueAndWritesNothing)
 {
     GuardedPicture src(3, 3, PF_Packed8), dst(3, 3, PF_Packed8);
     src.FillNoise(1);

@@ -109,7 +109,7 @@ TEST(RowFilter, OddKernel_LosesOneColumnLessThanItsSize)
     EXPECT_EQ(FilterPlane(Axis::Row, {1, 2, 3, 4, 5, 6}, {0, 1, 0}, 1, 4), (std::vector<int>{2, 3, 4, 5}));
 }
 
-TEST(ColumnFilter, OddKernel_LeavesOneRowLess)
+TEST(ColumnFilter, Kept_OddKernel_LeavesOneRowLess)
 {
     EXPECT_EQ(FilterPlane(Axis::Column, {1, 2, 3, 4, 5, 6}, {0, 1, 0}, 1, 4),
               (std::vector<int>{2, 3, 4, 99}));
@@ -125,7 +125,7 @@ TEST(RowFilter, RoomInTheDestination_StartsInItsMiddle)
     EXPECT_EQ(FilterPlane(Axis::Row, {1, 2, 3, 4, 5, 6}, {0, 1}, 1, 5), (std::vector<int>{2, 3, 4, 5, 99}));
 }
 
-TEST(RowFilter, AlphaFirst_RunsForwardAndTruncates)
+TEST(RowFilter, Kept_AlphaFirst_RunsForwardAndTruncates)
 {
     GuardedPicture bgra(3, 1, PF_BGRA8), argb(3, 1, PF_ARGB8);
     for (GuardedPicture* picture : {&bgra, &argb}) {
@@ -429,7 +429,7 @@ TEST(Blur, HundredTapsOnFiveByFive_IsTheMiddlePixelEverywhere)
     EXPECT_TRUE(Equal(dst, expected));
 }
 
-TEST(Blur, OneTap_StillReplacesTheTwoOutermostRowsAndColumns)
+TEST(Blur, Kept_OneTap_StillReplacesTheTwoOutermostRowsAndColumns)
 {
     GuardedPicture src(6, 7, PF_Mask8), dst(6, 7, PF_Mask8);
     for (int y = 0; y < 7; ++y)
@@ -467,7 +467,7 @@ TEST(Blur, MaskInPlace_UsesByteKernels)
     mask.Check();
 }
 
-TEST(Blur, AlphaFirstToAlphaLastWithoutAlpha_CopiesChannelZeroToChannelZero)
+TEST(Blur, Kept_AlphaFirstToAlphaLastWithoutAlpha_CopiesChannelZeroToChannelZero)
 {
     // The channel's place comes from the source's format alone: its alpha lands on blue.
     GuardedPicture src(8, 8, PF_ARGB8), dst(8, 8, PF_BGRA8);
