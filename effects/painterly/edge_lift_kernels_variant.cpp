@@ -119,22 +119,26 @@ void LiftFloats(const void* picture, const void* blurred, void* result, int widt
     const auto* q = static_cast<const uint8_t*>(blurred);
     auto* out = static_cast<uint8_t*>(result);
     constexpr int strip = 4 * kVectorBytes;
-    for (ptrdiff_t left = static_cast<ptrdiff_t>(width) * 16; left > 0;
-         left -= strip, p += strip, q += strip, out += strip) {
-        F32 a[4] = {}, b[4] = {};
-        const auto bytes = static_cast<size_t>(left < strip ? left : strip);
-        if (bytes == strip) {
-            __builtin_memcpy(a, p, strip);
-            __builtin_memcpy(b, q, strip);
-        } else {
-            __builtin_memcpy(a, p, bytes);
-            __builtin_memcpy(b, q, bytes);
+    const ptrdiff_t bytes = static_cast<ptrdiff_t>(width) * 16;
+    ptrdiff_t at = 0;
+    for (; at + strip <= bytes; at += strip) {
+        F32 a[4], b[4];
+        for (int i = 0; i < 4; ++i) {
+            a[i] = Load<F32>(p + at + i * kVectorBytes);
+            b[i] = Load<F32>(q + at + i * kVectorBytes);
         }
         LiftPixels<P>(a, b, shares);
-        if (bytes == strip)
-            __builtin_memcpy(out, b, strip);
-        else
-            __builtin_memcpy(out, b, bytes);
+        for (int i = 0; i < 4; ++i)
+            Store(out + at + i * kVectorBytes, b[i]);
+    }
+    if (at < bytes) {
+        // A copy of its own: vectors whose address is taken would live in memory in the loop above as well.
+        const auto rest = static_cast<size_t>(bytes - at);
+        F32 a[4] = {}, b[4] = {};
+        __builtin_memcpy(a, p + at, rest);
+        __builtin_memcpy(b, q + at, rest);
+        LiftPixels<P>(a, b, shares);
+        __builtin_memcpy(out + at, b, rest);
     }
 }
 
