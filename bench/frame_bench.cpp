@@ -3,23 +3,46 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <new>
 #include <random>
 
 #include "image/pixel_format.h"
 
 namespace kelmora::bench {
 
+namespace {
+
+constexpr std::align_val_t kPage{4096};
+
+std::size_t ValuesOf(int width, int height)
+{
+    return static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4;
+}
+
+} // namespace
+
+PageMemory::PageMemory(std::size_t size)
+    : m_data(static_cast<std::uint8_t*>(::operator new[](size, kPage))), m_size(size)
+{
+    std::memset(data(), 1, size); // every page is really there
+}
+
+void PageMemory::Free::operator()(std::uint8_t* data) const
+{
+    ::operator delete[](data, kPage);
+}
+
 Frame::Frame(int width, int height, std::uint32_t format)
+    : m_bytes(ValuesOf(width, height) * static_cast<std::size_t>(PixelBytesOf(format)) / 4)
 {
     const int pixelBytes = PixelBytesOf(format);
-    const auto values = static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4;
+    const std::size_t values = ValuesOf(width, height);
     std::mt19937 noise(1);
-    m_bytes.resize(values * static_cast<std::size_t>(pixelBytes) / 4);
     if (IsFloat(format)) {
         auto* floats = reinterpret_cast<float*>(m_bytes.data());
         std::generate_n(floats, values, [&] { return static_cast<float>(noise() & 255) * 0.003921569f; });
     } else {
-        std::generate(m_bytes.begin(), m_bytes.end(), [&] { return static_cast<std::uint8_t>(noise()); });
+        std::generate_n(m_bytes.data(), m_bytes.size(), [&] { return static_cast<std::uint8_t>(noise()); });
     }
     m_record = {m_bytes.data(), width, height, width * pixelBytes, pixelBytes, {}, format, 0};
 }
@@ -62,9 +85,7 @@ double Median(std::vector<double> values)
     return *middle;
 }
 
-CopyClock::CopyClock(int width, int height)
-    : m_from(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4, 1),
-      m_to(m_from.size(), 2)
+CopyClock::CopyClock(int width, int height) : m_from(ValuesOf(width, height)), m_to(ValuesOf(width, height))
 {
 }
 

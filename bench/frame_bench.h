@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -9,16 +11,33 @@
 
 namespace kelmora::bench {
 
+/// Bytes on whole memory pages, as editors keep their frames.
+class PageMemory {
+public:
+    explicit PageMemory(std::size_t size);
+
+    std::uint8_t* data() const { return m_data.get(); }
+    std::size_t size() const { return m_size; }
+
+private:
+    struct Free {
+        void operator()(std::uint8_t* data) const;
+    };
+
+    std::unique_ptr<std::uint8_t[], Free> m_data;
+    std::size_t m_size;
+};
+
 /// A picture with noise in it, its rows without slack.
 class Frame {
 public:
     Frame(int width, int height, std::uint32_t format);
 
     VideoFrame Record();
-    std::vector<std::uint8_t>& Bytes() { return m_bytes; }
+    PageMemory& Bytes() { return m_bytes; }
 
 private:
-    std::vector<std::uint8_t> m_bytes;
+    PageMemory m_bytes;
     VideoFrame m_record = {};
 };
 
@@ -55,7 +74,7 @@ public:
     double Once();
 
 private:
-    std::vector<std::uint8_t> m_from, m_to;
+    PageMemory m_from, m_to;
 };
 
 double Now(); ///< nanoseconds

@@ -120,6 +120,7 @@ void LiftFloats(const void* picture, const void* blurred, void* result, int widt
     auto* out = static_cast<uint8_t*>(result);
     constexpr int strip = 4 * kVectorBytes;
     const ptrdiff_t bytes = static_cast<ptrdiff_t>(width) * 16;
+    const bool streams = CanStream(out, bytes);
     ptrdiff_t at = 0;
     for (; at + strip <= bytes; at += strip) {
         F32 a[4], b[4];
@@ -129,8 +130,10 @@ void LiftFloats(const void* picture, const void* blurred, void* result, int widt
         }
         LiftPixels<P>(a, b, shares);
         for (int i = 0; i < 4; ++i)
-            Store(out + at + i * kVectorBytes, b[i]);
+            streams ? Stream(out + at + i * kVectorBytes, b[i]) : Store(out + at + i * kVectorBytes, b[i]);
     }
+    if (streams)
+        EndStream();
     if (at < bytes) {
         // A copy of its own: vectors whose address is taken would live in memory in the loop above as well.
         const auto rest = static_cast<size_t>(bytes - at);

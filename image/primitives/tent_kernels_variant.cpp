@@ -225,9 +225,13 @@ constexpr int kTurnedColumn = kFloatRows * 16; ///< bytes of a turned column
 
 constexpr int kPair = 8 / kDoubles; ///< vectors that hold two pixels as doubles
 
-constexpr int kPrefetchBytes = 1024;
+/// Pixels that the column pass takes at a time: a cache line of each tap row where the registers suffice, for
+/// the rows of a picture often lie so that they displace each other before their next pixels are read.
+constexpr int kGroup = kDoubles > 2 ? 4 : 2;
+constexpr int kGroupBytes = kGroup * 16;
+constexpr int kGroupVectors = kGroup * 4 / kDoubles;
 
-typedef std::uint8_t Pair __attribute__((vector_size(32), may_alias)); ///< two float pixels
+constexpr int kPrefetchBytes = 1024;
 
 KELMORA_INLINE F64 SecondDifference(const std::uint8_t* first, const std::uint8_t* rise,
                                     const std::uint8_t* fall, const std::uint8_t* last)
@@ -238,7 +242,7 @@ KELMORA_INLINE F64 SecondDifference(const std::uint8_t* first, const std::uint8_
 }
 
 /// Two pixels, each to a place of its own.
-KELMORA_INLINE void StorePair(std::uint8_t* left, std::uint8_t* right, const F64 (&pixels)[kPair], F64 factor)
+KELMORA_INLINE void StorePair(std::uint8_t* left, std::uint8_t* right, const F64* pixels, F64 factor)
 {
     constexpr int bytes = kDoubles * 4; // of a vector's floats
     for (int i = 0; i < kPair; ++i) {
@@ -254,50 +258,67 @@ KELMORA_INLINE void StorePair(std::uint8_t* left, std::uint8_t* right, const F64
     }
 }
 
+/// One group of columns; `whole` says that all its pixels are there.
+template <bool whole>
+KELMORA_INLINE void FloatColumnGroup(const TentColumns& job, F64 factor, int x)
+{
+    const int bytes = whole ? kGroupBytes : (job.width - x) * 16;
+    const ptrdiff_t offset = static_cast<ptrdiff_t>(x) * 16;
+    const auto reach = [&](std::uint8_t(&copy)[kGroupBytes], const std::uint8_t* row) {
+        if constexpr (whole)
+            return row + offset;
+        __builtin_memset(copy, 0, sizeof copy);
+        __builtin_memcpy(copy, row + offset, static_cast<size_t>(bytes));
+        return static_cast<const std::uint8_t*>(copy);
+    };
+
+    auto* slopes = static_cast<double*>(job.slope) + static_cast<ptrdiff_t>(x) * 4;
+    auto* sums = static_cast<double*>(job.sum) + static_cast<ptrdiff_t>(x) * 4;
+    std::uint8_t copies[4][kGroupBytes];
+    F64 slope[kGroupVectors] = {}, sum[kGroupVectors];
+    if (job.flat) {
+        const std::uint8_t* flat = reach(copies[0], job.flat);
+        for (int i = 0; i < kGroupVectors; ++i)
+            sum[i] = LoadFloatsAsDoubles(flat + i * kDoubles * 4) * static_cast<double>(job.weights);
+    } else {
+        __builtin_memcpy(slope, slopes, sizeof slope);
+        __builtin_memcpy(sum, sums, sizeof sum);
+    }
+
+    const std::uint8_t* const* taps = job.taps;
+    for (int r = 0; r < job.steps; ++r, taps += 4) {
+        const std::uint8_t* at[4];
+        for (int t = 0; t < 4; ++t) {
+            at[t] = reach(copies[t], taps[t]);
+            // More rows are read at once than the processor follows by itself.
+            if (whole)
+                __builtin_prefetch(at[t] + kPrefetchBytes, 0,
+                                   2); // to the second cache: the first is too small
+        }
+        for (int i = 0; i < kGroupVectors; ++i) {
+            const int o = i * kDoubles * 4;
+            slope[i] += SecondDifference(at[0] + o, at[1] + o, at[2] + o, at[3] + o);
+            sum[i] += slope[i];
+        }
+        if (job.turned) {
+            for (int c = 0; c < kGroup; c += 2) {
+                std::uint8_t* left = job.turned + static_cast<ptrdiff_t>(x + c) * kTurnedColumn + r * 16;
+                StorePair(left, left + kTurnedColumn, sum + c / 2 * kPair, factor);
+            }
+        }
+    }
+    __builtin_memcpy(slopes, slope, sizeof slope);
+    __builtin_memcpy(sums, sum, sizeof sum);
+}
+
 void FloatColumns(const TentColumns& job)
 {
     const F64 factor = F64{} + job.scale.factor;
-    auto* slopes = static_cast<double*>(job.slope);
-    auto* sums = static_cast<double*>(job.sum);
-    for (int x = 0; x < job.width; x += 2) {
-        const bool lone = x + 1 == job.width; // the right pixel of the pair is not there
-        F64 slope[kPair] = {}, sum[kPair];
-        if (job.flat) {
-            const Pair flat = LoadPart<Pair>(job.flat + static_cast<ptrdiff_t>(x) * 16, lone ? 16 : 32);
-            for (int i = 0; i < kPair; ++i)
-                sum[i] = LoadFloatsAsDoubles(reinterpret_cast<const std::uint8_t*>(&flat) + i * kDoubles * 4)
-                    * static_cast<double>(job.weights);
-        } else {
-            __builtin_memcpy(slope, slopes + x * 4, sizeof slope);
-            __builtin_memcpy(sum, sums + x * 4, sizeof sum);
-        }
-        const std::uint8_t* const* taps = job.taps;
-        for (int r = 0; r < job.steps; ++r, taps += 4) {
-            const std::uint8_t* at[4];
-            std::uint8_t copies[4][32];
-            for (int t = 0; t < 4; ++t) {
-                at[t] = taps[t] + static_cast<ptrdiff_t>(x) * 16;
-                // More rows are read at once than the processor follows by itself.
-                if (x % 4 == 0)
-                    __builtin_prefetch(at[t] + kPrefetchBytes);
-                if (lone) {
-                    Store(copies[t], LoadPart<Pair>(at[t], 16));
-                    at[t] = copies[t];
-                }
-            }
-            for (int i = 0; i < kPair; ++i) {
-                const int o = i * kDoubles * 4;
-                slope[i] += SecondDifference(at[0] + o, at[1] + o, at[2] + o, at[3] + o);
-                sum[i] += slope[i];
-            }
-            if (job.turned) {
-                std::uint8_t* left = job.turned + static_cast<ptrdiff_t>(x) * kTurnedColumn + r * 16;
-                StorePair(left, left + kTurnedColumn, sum, factor);
-            }
-        }
-        __builtin_memcpy(slopes + x * 4, slope, sizeof slope);
-        __builtin_memcpy(sums + x * 4, sum, sizeof sum);
-    }
+    int x = 0;
+    for (; x + kGroup <= job.width; x += kGroup)
+        FloatColumnGroup<true>(job, factor, x);
+    if (x < job.width)
+        FloatColumnGroup<false>(job, factor, x);
 }
 
 void FloatRowPass(const TentRows& job)

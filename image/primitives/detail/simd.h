@@ -81,6 +81,14 @@ KELMORA_INLINE void StorePart(void* to, V v, int bytes)
     __builtin_memcpy(to, &v, static_cast<size_t>(bytes));
 }
 
+/// Rows from this length on belong to float pictures that no cache holds beside their sources.
+inline constexpr ptrdiff_t kStreamedRowBytes = 1280 * 16;
+
+KELMORA_INLINE bool CanStream(const void* row, ptrdiff_t bytes)
+{
+    return bytes >= kStreamedRowBytes && reinterpret_cast<uintptr_t>(row) % kVectorBytes == 0;
+}
+
 #if defined(__AVX512BW__)
 
 #define KELMORA_BY_WIDTH(sse, avx, avx512) avx512
@@ -102,6 +110,19 @@ KELMORA_INLINE void StorePart(void* to, V v, int bytes)
 #endif
 
 #if defined(KELMORA_VEC)
+
+/// To an aligned address past the caches: memory is not read first only to be overwritten. EndStream follows.
+KELMORA_INLINE void Stream(void* to, F32 v)
+{
+    KELMORA_BY_WIDTH(_mm_stream_ps, _mm256_stream_ps, _mm512_stream_ps)
+    (static_cast<float*>(to), (KELMORA_VECF)v);
+}
+
+/// Lets other threads see what was streamed before what is stored next.
+KELMORA_INLINE void EndStream()
+{
+    _mm_sfence();
+}
 
 KELMORA_INLINE I16 WidenLow(U8 v)
 {
@@ -260,6 +281,13 @@ KELMORA_INLINE F64 LoadFloatsAsDoubles(const void* from)
 }
 
 #else // no vector instructions of ours: plain code, in the same order within 16 bytes
+
+KELMORA_INLINE void Stream(void* to, F32 v)
+{
+    Store(to, v);
+}
+
+KELMORA_INLINE void EndStream() {}
 
 template <class To, class From>
 KELMORA_INLINE To ConvertEach(From v)
