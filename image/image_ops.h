@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "image/color_matrix.h"
 #include "image/frame_buffer.h"
 #include "image/memory_allocator.h"
 
@@ -79,6 +80,110 @@ public:
     /// of the same memory or the same size the middle of `src` is what is placed: all but a margin on each
     /// side. False when no middle is left or it does not fit, and for Packed8.
     bool ExtendBorder(const FrameBuffer& src, FrameBuffer& dst, int marginX, int marginY);
+
+    // --- fills, conversion, blends ----------------------------------------------------------------------
+
+    /// Sets one channel, 0 to 3, to `value`, 0 to 255 (floats: times 0.003921569). Formats 0, 1, 3, 4.
+    bool SetChannel(FrameBuffer& frame, int channel, int value);
+
+    /// Fills with 0xAARRGGBB. Float pictures get each byte times 0.003921569 in the format's order (Mask32F
+    /// with 16 bytes per pixel: as ARGB32F), planes the low byte.
+    // Kept: bytes get the colour's own four bytes, low byte first, whatever the format, so in PF_ARGB8 the
+    // low byte becomes alpha.
+    bool Fill(FrameBuffer& frame, std::uint32_t colour);
+
+    /// New channel i becomes old channel order[i], in place. Formats 0 and 1.
+    bool PermuteChannels(FrameBuffer& frame, const int order[4]);
+
+    /// Between pictures of bytes and of floats, and of the two channel orders. Byte to float: times
+    /// 0.003921569. Float to byte: clamped to 0..1 (not-a-number: 0), times 255.0, plus 0.5, truncated; both
+    /// in double. False for two pictures of one format, and from alpha-first to alpha-last or back along with
+    /// a change of type, save from 0 to 4 and from 4 to 0.
+    bool Convert(const FrameBuffer& src, FrameBuffer& dst);
+
+    /// `a` over `b` into `out`, which may be either. `premultiplied` says what the colours of `a` and `b`
+    /// are; the result's colours are premultiplied always. The format of `a` decides; one that is no picture
+    /// counts as BGRA8 where pixels have 4 bytes.
+    bool AlphaOver(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, bool premultiplied);
+
+    /// Colours times alpha; may work in place. Formats 0, 1, 3, 4.
+    // Kept: only for format 0 does the alpha of `dst` become that of `src`.
+    bool Premultiply(const FrameBuffer& src, FrameBuffer& dst);
+
+    /// out = a * wa + b * wb on all four channels, weights from 0 to 1; `out` may be `a` or `b`. Formats 0, 1,
+    /// 3, 4. Floats: the weights are clamped to 0..1 and, when their sum in single precision is above 1,
+    /// results are cut to at most 1.0. Bytes: weights in 255ths, sums divided by 255 toward zero, at most
+    /// 255. A weight that is not a number counts as 0.
+    bool AddWeighted(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, float wa, float wb);
+
+    /// b = a * wa + b * wb, weights from 0 to 255, clamped; `a` may be changed too. Formats 0, 1, 3, 4 and
+    /// Mask8.
+    bool Mix(FrameBuffer& a, FrameBuffer& b, int wa, int wb);
+
+    // --- colour -----------------------------------------------------------------------------------------
+
+    /// The channels become H, S, V, A in memory order, in all formats but PF_BGRA8 as floats from 0 to 1 are
+    /// (see hsv.h) and bytes from 0 to 255 (PF_ARGB8: truncated). Hue begins at blue. Formats 0, 1, 3, 4.
+    bool RGBToHSV(const FrameBuffer& src, FrameBuffer& dst);
+    bool HSVToRGB(const FrameBuffer& src, FrameBuffer& dst);
+
+    /// Luma times `colour`, 0x00BBGGRR. Formats 0, 1, 3, 4.
+    // Kept: alpha becomes luma * 0.003921569, near 0; callers restore it.
+    bool Tint(const FrameBuffer& src, FrameBuffer& dst, std::uint32_t colour);
+
+    /// All four channels to 0..1 in place; not-a-number becomes 0. Format 3.
+    bool ClampFloats(FrameBuffer& frame);
+
+    /// Turns hue, changes saturation, adds brightness, multiplies contrast, in this order; each knob from 0
+    /// to 1 with 0.5 neutral (contrast nearly so). Alpha becomes that of `src`. Other formats than 0, 1, 3, 4
+    /// are copied.
+    bool AdjustColor(const FrameBuffer& src, FrameBuffer& dst, float contrast, float brightness,
+                     float saturation, float hue, MemoryAllocator* allocator);
+
+    /// Full-range float RGB to Y, Cb, Cr in the places of R, G, B, and back. PF_ARGB32F; alpha is left alone.
+    // Kept: it runs in stages, each of which reads `src` anew, so that with two different pictures only the
+    // last stage counts. In place all do.
+    bool ARGBToYCbCr32F(const FrameBuffer& src, FrameBuffer& dst);
+    bool YCbCrToARGB32F(const FrameBuffer& src, FrameBuffer& dst);
+
+    /// Between four-byte BGRA and three-byte RGB pixels, by pixelBytes; formats are not looked at.
+    bool BGRAToRGB24(const FrameBuffer& src, FrameBuffer& dst);
+    bool RGB24ToBGRA(const FrameBuffer& src, FrameBuffer& dst, int alpha);
+
+    /// Between three-byte RGB and packed YCbCr 4:2:2, see primitives/ycbcr.h.
+    bool RGB24ToYCbCr422(const FrameBuffer& src, FrameBuffer& dst);
+    bool YCbCr422ToRGB24(const FrameBuffer& src, FrameBuffer& dst);
+
+    // --- colour matrices --------------------------------------------------------------------------------
+
+    /// With `order`: m = a * m, otherwise m = m * a. Rows 0 to 4 and columns 0 to 3 of the product; column 4
+    /// of `m` stays.
+    void ColorMatrixCombine(const ColorMatrix& a, ColorMatrix& m, int order);
+
+    /// m = m * diagonal.
+    void ColorMatrixScale(ColorMatrix& m, float r, float g, float b, float a);
+
+    /// m = offset * m.
+    // Kept: `r` lands in column 2 and `b` in column 0.
+    void ColorMatrixOffset(ColorMatrix& m, float r, float g, float b, float a);
+
+    /// Toward grey (0), as it is (1) and beyond.
+    void ColorMatrixSaturate(ColorMatrix& m, float s);
+
+    /// A turn by `degrees` in the plane of two axes, 0 to 2; others change nothing.
+    void ColorMatrixRotate(ColorMatrix& m, float degrees, int axisA, int axisB, int order);
+    void ColorMatrixRotateX(ColorMatrix& m, float degrees, int order);
+    void ColorMatrixRotateY(ColorMatrix& m, float degrees, int order);
+    void ColorMatrixRotateZ(ColorMatrix& m, float degrees, int order);
+
+    // Kept: `b` has no effect.
+    void ColorMatrixShear(ColorMatrix& m, float a, float b, int order);
+
+    /// Turns hue around the axis of equal luminance.
+    void ColorMatrixHue(ColorMatrix& m, float degrees);
+
+    /// v = v * m, with the offset row.
+    void ColorMatrixTransform(const ColorMatrix& m, float v[4]);
 };
 
 } // namespace kelmora

@@ -406,10 +406,7 @@ bool BlurPixels(const FrameBuffer& src, FrameBuffer& dst, const TentJob& job, Me
 bool ImageOps::Blur(const FrameBuffer& src, FrameBuffer& dst, float xSize, float ySize,
                     MemoryAllocator* allocator, bool withAlpha)
 {
-    TentJob job;
-    job.size = CommonSize(src, dst);
-    job.rowTaps = BlurTaps(xSize);
-    job.columnTaps = BlurTaps(ySize);
+    TentJob job = TentJob::Blur(CommonSize(src, dst), BlurTaps(xSize), BlurTaps(ySize));
     if (job.rowTaps < 1 || job.columnTaps < 1) {
         Copy(src, dst);
         return true;
@@ -417,8 +414,6 @@ bool ImageOps::Blur(const FrameBuffer& src, FrameBuffer& dst, float xSize, float
     if (src.GetPixelBytes() != dst.GetPixelBytes() || IsEmpty(job.size) || !src.GetPixels()
         || !dst.GetPixels() || !IsBlurred(dst))
         return false;
-    job.padWidth = job.rowTaps / 2 * 2;
-    job.padHeight = job.columnTaps / 2 * 2;
     job.truncate = dst.GetFormat() == PF_ARGB8;
     if (std::max(job.size.width, job.size.height) > TentJob::kLongestSide)
         return false;

@@ -22,6 +22,15 @@ struct TentJob {
     int padHeight = 0;
     bool truncate = false; ///< bytes: divide toward zero instead of rounding to nearest
 
+    /// What ImageOps::Blur does, into a picture of `size`: the padding has room for what the kernel reaches.
+    static TentJob Blur(Size size, int rowTaps, int columnTaps)
+    {
+        return {size, rowTaps, columnTaps, rowTaps / 2 * 2, columnTaps / 2 * 2};
+    }
+
+    /// The blur of the effects that make their scratch pictures larger by as many pixels as the kernel has taps.
+    static TentJob PaddedByTaps(Size size, int taps) { return {size, taps, taps, taps, taps}; }
+
     int LastColumn() const { return size.width + padWidth - 2 * (rowTaps / 2) - 3; }
     int LastRow() const { return size.height + padHeight - 2 * (columnTaps / 2) - 3; }
 

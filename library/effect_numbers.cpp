@@ -8,7 +8,10 @@
 #include <new>
 
 #include "library/wrappers/air_brush.h"
+#include "library/wrappers/color_melt.h"
 #include "library/wrappers/detail_enhancer.h"
+#include "library/wrappers/paper_collage.h"
+#include "library/wrappers/water_color.h"
 
 namespace kelmora {
 namespace {
@@ -43,8 +46,11 @@ consteval std::array<Factory, kNumbers> ByNumber(std::initializer_list<Row> rows
 
 // The numbers are also what presets are keyed on.
 constexpr std::array<Factory, kNumbers> kFactories = ByNumber({
+    {EffectColorMelt, Create<CWrapColorMelt>},
+    {EffectPaperCollage, Create<CWrapPaperCollage>},
     {EffectAirBrush, Create<CWrapAirbrush>},
     {EffectDetailEnhancer, Create<CWrapDetailEnhancer>},
+    {EffectWaterColor, Create<CWrapWaterColor>},
 });
 
 } // namespace

@@ -35,12 +35,8 @@ bool IsServed(const FrameBuffer& src, const FrameBuffer& dst)
 /// What ImageOps::Blur would do from a picture into one of its format and size.
 TentJob BlurJob(const FrameBuffer& src, Size size, int xSize, int ySize)
 {
-    TentJob job;
-    job.size = size;
-    job.rowTaps = std::min(xSize, ImageOps::kMostBlurTaps);
-    job.columnTaps = std::min(ySize, ImageOps::kMostBlurTaps);
-    job.padWidth = job.rowTaps / 2 * 2;
-    job.padHeight = job.columnTaps / 2 * 2;
+    TentJob job = TentJob::Blur(size, std::min(xSize, ImageOps::kMostBlurTaps),
+                                std::min(ySize, ImageOps::kMostBlurTaps));
     job.truncate = src.GetFormat() == PF_ARGB8;
     return job;
 }

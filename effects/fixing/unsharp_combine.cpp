@@ -4,37 +4,11 @@
 
 #include "effects/common/precision.h"
 #include "image/pixel_format.h"
+#include "image/primitives/detail/variant_table.h"
+
+KELMORA_VARIANT_TABLE(UnsharpKernels, kUnsharpKernels, UnsharpKernelsFor)
 
 namespace kelmora {
-
-namespace baseline {
-extern const UnsharpKernels kUnsharpKernels;
-}
-#ifdef KELMORA_HAVE_AVX_VARIANTS
-namespace avx2 {
-extern const UnsharpKernels kUnsharpKernels;
-}
-namespace avx512 {
-extern const UnsharpKernels kUnsharpKernels;
-}
-#endif
-
-const UnsharpKernels& UnsharpKernelsFor(CpuVariant variant)
-{
-#ifdef KELMORA_HAVE_AVX_VARIANTS
-    switch (variant) {
-    case CpuVariant::Avx512:
-        return avx512::kUnsharpKernels;
-    case CpuVariant::Avx2:
-        return avx2::kUnsharpKernels;
-    case CpuVariant::Baseline:
-        break;
-    }
-#endif
-    (void)variant;
-    return baseline::kUnsharpKernels;
-}
-
 namespace {
 
 // Far beyond what the knob can ask for (20000), and safe to multiply by a byte.

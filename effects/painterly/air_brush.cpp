@@ -30,16 +30,6 @@ bool IsServed(const FrameBuffer& picture, const FrameBuffer& output)
         && Holds(output, output.GetWidth(), bytes);
 }
 
-/// The scratch pictures are as many pixels larger as the kernel has taps.
-TentJob BlurJob(Size size, int taps)
-{
-    TentJob job;
-    job.size = size;
-    job.rowTaps = job.columnTaps = taps;
-    job.padWidth = job.padHeight = taps;
-    return job;
-}
-
 /// The edge step over whole pictures, whose rows the per-pixel loops find by their length in pixels.
 void EdgeLift(const FrameBuffer& picture, FrameBuffer& output, float edge)
 {
@@ -108,7 +98,7 @@ bool CAirbrush::RenderFrame(const RenderCall& call)
     if (!SetAside(picture, output, source, allocator))
         return true;
 
-    const TentJob job = BlurJob(size, taps);
+    const TentJob job = TentJob::PaddedByTaps(size, taps);
     const bool onePass = HasWholePixelRows(source) && HasWholePixelRows(output);
     if (!onePass || BlurAndLift(source, output, job, knobs.edge, allocator) == TentResult::NotServed)
         BlurThenLift(source, output, job, knobs.edge, allocator);

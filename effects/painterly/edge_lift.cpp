@@ -7,37 +7,11 @@
 #include "effects/common/precision.h"
 #include "effects/painterly/edge_lift_kernels.h"
 #include "image/pixel_format.h"
+#include "image/primitives/detail/variant_table.h"
+
+KELMORA_VARIANT_TABLE(EdgeLiftKernels, kEdgeLiftKernels, EdgeLiftKernelsFor)
 
 namespace kelmora {
-
-namespace baseline {
-extern const EdgeLiftKernels kEdgeLiftKernels;
-}
-#ifdef KELMORA_HAVE_AVX_VARIANTS
-namespace avx2 {
-extern const EdgeLiftKernels kEdgeLiftKernels;
-}
-namespace avx512 {
-extern const EdgeLiftKernels kEdgeLiftKernels;
-}
-#endif
-
-const EdgeLiftKernels& EdgeLiftKernelsFor(CpuVariant variant)
-{
-#ifdef KELMORA_HAVE_AVX_VARIANTS
-    switch (variant) {
-    case CpuVariant::Avx512:
-        return avx512::kEdgeLiftKernels;
-    case CpuVariant::Avx2:
-        return avx2::kEdgeLiftKernels;
-    case CpuVariant::Baseline:
-        break;
-    }
-#endif
-    (void)variant;
-    return baseline::kEdgeLiftKernels;
-}
-
 namespace {
 
 /// In 256ths. Below 0, which takes an edge beyond 1, no pixel is lifted: as with 0.
@@ -53,39 +27,49 @@ float FloatShare(float edge)
     return static_cast<float>((1.0 - e * e) * 0.9607843160629272);
 }
 
-EdgeLiftKernels::Row RowFor(const EdgeLiftKernels& kernels, std::uint32_t format)
+EdgeLiftKernels::Row RowFor(const EdgeLiftKernels::Rows& rows, std::uint32_t format)
 {
     switch (format) {
     case PF_ARGB8:
-        return kernels.argb8;
+        return rows.argb8;
     case PF_BGRA32F:
-        return kernels.bgra32f;
+        return rows.bgra32f;
     case PF_ARGB32F:
-        return kernels.argb32f;
+        return rows.argb32f;
     default:
-        return kernels.bgra8;
+        return rows.bgra8;
     }
 }
 
 template <class T>
-void EdgeLift(std::uint32_t format, const T* picture, T* output, int pictureRowPixels, int outputRowPixels,
-              int width, int height, float edge)
+void EdgeLift(EdgeLiftKernels::Row lift, const T* picture, T* output, int pictureRowPixels,
+              int outputRowPixels, int width, int height, float share)
 {
-    const EdgeLiftRow lift(format, edge);
     for (int y = 0; y < height; ++y) {
         // Bytes and not elements: rows may start at any address.
         constexpr auto pixelBytes = static_cast<std::ptrdiff_t>(4 * sizeof(T));
         const auto* from =
             reinterpret_cast<const unsigned char*>(picture) + pixelBytes * pictureRowPixels * y;
         auto* row = reinterpret_cast<unsigned char*>(output) + pixelBytes * outputRowPixels * y;
-        lift(from, row, row, width);
+        lift(from, row, row, width, share);
     }
+}
+
+const EdgeLiftKernels& Kernels()
+{
+    return EdgeLiftKernelsFor(CurrentVariant());
 }
 
 } // namespace
 
+int AllChannelsByteShare(float fogLevel)
+{
+    const double v = static_cast<double>(fogLevel);
+    return std::clamp(Truncate((1.0 - v * v) * 245.0), 0, 245);
+}
+
 EdgeLiftRow::EdgeLiftRow(std::uint32_t format, float edge)
-    : m_lift(RowFor(EdgeLiftKernelsFor(CurrentVariant()), format)),
+    : m_lift(RowFor(Kernels().keepAlpha, format)),
       m_share(IsFloat(format) ? FloatShare(edge) : ByteShare(edge))
 {
 }
@@ -98,25 +82,57 @@ void EdgeLiftRow::operator()(const void* picture, const void* blurred, void* res
 void EdgeLiftKeepAlpha_BGRA8(const std::uint8_t* picture, std::uint8_t* output, int pictureRowPixels,
                              int outputRowPixels, int width, int height, float edge)
 {
-    EdgeLift(PF_BGRA8, picture, output, pictureRowPixels, outputRowPixels, width, height, edge);
+    EdgeLift(Kernels().keepAlpha.bgra8, picture, output, pictureRowPixels, outputRowPixels, width, height,
+             ByteShare(edge));
 }
 
 void EdgeLiftKeepAlpha_ARGB8(const std::uint8_t* picture, std::uint8_t* output, int pictureRowPixels,
                              int outputRowPixels, int width, int height, float edge)
 {
-    EdgeLift(PF_ARGB8, picture, output, pictureRowPixels, outputRowPixels, width, height, edge);
+    EdgeLift(Kernels().keepAlpha.argb8, picture, output, pictureRowPixels, outputRowPixels, width, height,
+             ByteShare(edge));
 }
 
 void EdgeLiftKeepAlpha_BGRA32F(const float* picture, float* output, int pictureRowPixels, int outputRowPixels,
                                int width, int height, float edge)
 {
-    EdgeLift(PF_BGRA32F, picture, output, pictureRowPixels, outputRowPixels, width, height, edge);
+    EdgeLift(Kernels().keepAlpha.bgra32f, picture, output, pictureRowPixels, outputRowPixels, width, height,
+             FloatShare(edge));
 }
 
 void EdgeLiftKeepAlpha_ARGB32F(const float* picture, float* output, int pictureRowPixels, int outputRowPixels,
                                int width, int height, float edge)
 {
-    EdgeLift(PF_ARGB32F, picture, output, pictureRowPixels, outputRowPixels, width, height, edge);
+    EdgeLift(Kernels().keepAlpha.argb32f, picture, output, pictureRowPixels, outputRowPixels, width, height,
+             FloatShare(edge));
+}
+
+void EdgeLiftAllChannels_BGRA8(const std::uint8_t* picture, std::uint8_t* output, int pictureRowPixels,
+                               int outputRowPixels, int width, int height, float fogLevel)
+{
+    EdgeLift(Kernels().allChannels.bgra8, picture, output, pictureRowPixels, outputRowPixels, width, height,
+             static_cast<float>(AllChannelsByteShare(fogLevel)));
+}
+
+void EdgeLiftAllChannels_ARGB8(const std::uint8_t* picture, std::uint8_t* output, int pictureRowPixels,
+                               int outputRowPixels, int width, int height, float fogLevel)
+{
+    EdgeLift(Kernels().allChannels.argb8, picture, output, pictureRowPixels, outputRowPixels, width, height,
+             static_cast<float>(AllChannelsByteShare(fogLevel)));
+}
+
+void EdgeLiftAllChannels_BGRA32F(const float* picture, float* output, int pictureRowPixels,
+                                 int outputRowPixels, int width, int height, float share)
+{
+    EdgeLift(Kernels().allChannels.bgra32f, picture, output, pictureRowPixels, outputRowPixels, width, height,
+             share);
+}
+
+void EdgeLiftAllChannels_ARGB32F(const float* picture, float* output, int pictureRowPixels,
+                                 int outputRowPixels, int width, int height, float share)
+{
+    EdgeLift(Kernels().allChannels.argb32f, picture, output, pictureRowPixels, outputRowPixels, width, height,
+             share);
 }
 
 } // namespace kelmora

@@ -27,8 +27,26 @@ void EdgeLiftKeepAlpha_BGRA32F(const float* picture, float* output, int pictureR
 void EdgeLiftKeepAlpha_ARGB32F(const float* picture, float* output, int pictureRowPixels, int outputRowPixels,
                                int width, int height, float edge);
 
-/// The same for one row, with the blur and the result apart. Rows may start at any address; `result` may be
-/// `blurred`.
+// The same with alpha as a fourth channel: it takes the darker, or is lifted along, and has no part in the
+// luminance.
+//
+// fogLevel      bytes: as `edge`. Floats: the share itself that dark pixels are lifted to.
+
+void EdgeLiftAllChannels_BGRA8(const std::uint8_t* picture, std::uint8_t* output, int pictureRowPixels,
+                               int outputRowPixels, int width, int height, float fogLevel);
+void EdgeLiftAllChannels_ARGB8(const std::uint8_t* picture, std::uint8_t* output, int pictureRowPixels,
+                               int outputRowPixels, int width, int height, float fogLevel);
+void EdgeLiftAllChannels_BGRA32F(const float* picture, float* output, int pictureRowPixels,
+                                 int outputRowPixels, int width, int height, float share);
+void EdgeLiftAllChannels_ARGB32F(const float* picture, float* output, int pictureRowPixels,
+                                 int outputRowPixels, int width, int height, float share);
+
+/// The share, in 256ths, that the byte members of EdgeLiftAllChannels make of `fogLevel`.
+// Kept: it can be one less than that of EdgeLiftKeepAlpha, which multiplies before it subtracts.
+int AllChannelsByteShare(float fogLevel);
+
+/// EdgeLiftKeepAlpha for one row, with the blur and the result apart. Rows may start at any address; `result`
+/// may be `blurred`.
 class EdgeLiftRow {
 public:
     /// `format`: a picture format.

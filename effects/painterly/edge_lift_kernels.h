@@ -9,7 +9,12 @@ namespace kelmora {
 struct EdgeLiftKernels {
     using Row = void (*)(const void* picture, const void* blurred, void* result, int width, float share);
 
-    Row bgra8, argb8, bgra32f, argb32f;
+    struct Rows {
+        Row bgra8, argb8, bgra32f, argb32f;
+    };
+
+    Rows keepAlpha;
+    Rows allChannels;
 };
 
 const EdgeLiftKernels& EdgeLiftKernelsFor(CpuVariant variant);

@@ -1,0 +1,252 @@
+// The melt's rows, compiled once per instruction set: see detail/simd.h for what that forbids.
+
+#include "effects/painterly/edge_lift_pixels.h"
+#include "effects/painterly/melt_kernels.h"
+
+namespace kelmora::KELMORA_VARIANT {
+namespace {
+
+KELMORA_INLINE F32 Least(F32 a, F32 b)
+{
+    return a < b ? a : b;
+}
+
+KELMORA_INLINE F32 Most(F32 a, F32 b)
+{
+    return a > b ? a : b;
+}
+
+// --- bytes --------------------------------------------------------------------------------------------
+
+struct Bgra : LiftBgra {
+    static constexpr int b = 0, g = 8, r = 16, a = 24;
+};
+
+struct Argb : LiftArgb {
+    static constexpr int a = 0, r = 8, g = 16, b = 24;
+};
+
+KELMORA_INLINE F32 Channel(U32 pixels, int shift)
+{
+    return ToFloat((I32)((pixels >> shift) & 0xFFu));
+}
+
+/// Hue 0 to 255 for a full turn from blue by green to red, saturation and value in bytes: exact quotients of
+/// whole numbers, to nearest, all of them small enough for single precision.
+struct Hsv {
+    F32 hue, saturation, value;
+};
+
+KELMORA_INLINE F32 Nearest(F32 v)
+{
+    return ToFloat(Round(v));
+}
+
+KELMORA_INLINE Hsv ToHsv(F32 b, F32 g, F32 r)
+{
+    const F32 zero = {};
+    const F32 most = Most(Most(b, g), r);
+    const F32 range = most - Least(Least(b, g), r);
+    const F32 safeRange = range == zero ? zero + 1.0f : range;
+    const F32 safeMost = most == zero ? zero + 1.0f : most;
+    // In units of the range, from blue on: two to green, two more to red.
+    const F32 fromGreen = most == g ? r - b + 2.0f * range : b - g + 4.0f * range;
+    const F32 turn = most == b ? g - r : fromGreen;
+    const F32 forward = turn < zero ? turn + 6.0f * range : turn;
+    return {Nearest(85.0f * forward / (2.0f * safeRange)), Nearest(255.0f * range / safeMost), most};
+}
+
+template <class P>
+KELMORA_INLINE U32 FromHsv(const Hsv& hsv)
+{
+    const F32 zero = {};
+    // In 85ths of a sixth of a turn; the last sixth counts from below blue.
+    const F32 twice = hsv.hue + hsv.hue;
+    const F32 turn = hsv.hue > zero + 212.5f ? twice - 510.0f : twice;
+    const auto aboveBlue = turn >= zero + 85.0f;
+    const auto aboveGreen = turn >= zero + 255.0f;
+    const F32 centre = aboveGreen ? zero + 340.0f : aboveBlue ? zero + 170.0f : zero;
+    const F32 offset = turn - centre;
+    const auto before = offset < zero;
+    const F32 distance = before ? -offset : offset;
+
+    const F32 unsaturated = 255.0f - hsv.saturation;
+    // No quotient lies near enough to a half for a reciprocal to be wrong.
+    const F32 low = Nearest(hsv.value * unsaturated * (1.0f / 255.0f));
+    const F32 middle =
+        Nearest(hsv.value * (85.0f * unsaturated + distance * hsv.saturation) * (1.0f / 21675.0f));
+
+    // The channels that follow the strongest one and come before it.
+    const F32 next = before ? low : middle;
+    const F32 last = before ? middle : low;
+    const F32 b = aboveGreen ? next : aboveBlue ? last : hsv.value;
+    const F32 g = aboveGreen ? last : aboveBlue ? hsv.value : next;
+    const F32 r = aboveGreen ? hsv.value : aboveBlue ? next : last;
+    return (U32)Truncate(b) << P::b | (U32)Truncate(g) << P::g | (U32)Truncate(r) << P::r;
+}
+
+KELMORA_INLINE F32 OnLine(F32 x, const ByteLine& line)
+{
+    const F32 y = x * line.gain + line.offset;
+    return ToFloat(Truncate(Least(Most(y, F32{}), F32{} + 255.0f)));
+}
+
+KELMORA_INLINE F32 LookUp(F32 x, const uint8_t* table)
+{
+    const I32 at = Truncate(x);
+    I32 found;
+    for (int i = 0; i < kPixels; ++i)
+        found[i] = table[at[i]];
+    return ToFloat(found);
+}
+
+template <class P, bool straight>
+KELMORA_INLINE U32 DriveColours(U32 pixels, const MeltLook& look)
+{
+    Hsv hsv = ToHsv(Channel(pixels, P::b), Channel(pixels, P::g), Channel(pixels, P::r));
+    if constexpr (straight) {
+        hsv.saturation = OnLine(hsv.saturation, look.saturationLine);
+        hsv.value = OnLine(hsv.value, look.valueLine);
+    } else {
+        hsv.saturation = LookUp(hsv.saturation, look.saturations);
+        hsv.value = LookUp(hsv.value, look.values);
+    }
+    return FromHsv<P>(hsv) | (pixels & P::alphaMask);
+}
+
+/// (a * weightA + b * weightB) / 255, toward zero, at most 255.
+KELMORA_INLINE U32 Weigh(U32 a, U32 b, U16 weightA, U16 weightB)
+{
+    // v * 0x8081 >> 23 is v / 255 for all words.
+    const U16 factor = U16{} + static_cast<uint16_t>(0x8081);
+    const U16 low = (U16)WidenLow((U8)a) * weightA + (U16)WidenLow((U8)b) * weightB;
+    const U16 high = (U16)WidenHigh((U8)a) * weightA + (U16)WidenHigh((U8)b) * weightB;
+    return (U32)Pack((I16)(MulHigh(low, factor) >> 7), (I16)(MulHigh(high, factor) >> 7));
+}
+
+template <class P, bool straight>
+KELMORA_INLINE U32 MeltPixels(U32 mix, U32 blurred, const MeltLook& look)
+{
+    const U32 driven = DriveColours<P, straight>(blurred, look);
+    const U32 melted = LiftPixels<P, LiftedAlpha::Lifted>(mix, driven, LiftWeights(look.share, 0));
+    return Weigh(mix, melted, U16{} + static_cast<uint16_t>(look.mixWeight),
+                 U16{} + static_cast<uint16_t>(look.meltWeight));
+}
+
+template <class P, bool straight>
+void MeltBytes(const uint8_t* mix, const uint8_t* blurred, uint8_t* out, int width, const MeltLook& look)
+{
+    const ptrdiff_t bytes = static_cast<ptrdiff_t>(width) * 4;
+    ptrdiff_t at = 0;
+    for (; at + kVectorBytes <= bytes; at += kVectorBytes)
+        Store(out + at, MeltPixels<P, straight>(Load<U32>(mix + at), Load<U32>(blurred + at), look));
+    if (const int rest = static_cast<int>(bytes - at); rest > 0)
+        StorePart(
+            out + at,
+            MeltPixels<P, straight>(LoadPart<U32>(mix + at, rest), LoadPart<U32>(blurred + at, rest), look),
+            rest);
+}
+
+template <class P>
+void MeltAnyBytes(const void* mix, const void* blurred, void* result, int width, const MeltLook& look)
+{
+    (look.straight ? MeltBytes<P, true> : MeltBytes<P, false>)(static_cast<const uint8_t*>(mix),
+                                                               static_cast<const uint8_t*>(blurred),
+                                                               static_cast<uint8_t*>(result), width, look);
+}
+
+// --- floats -------------------------------------------------------------------------------------------
+
+template <class P>
+KELMORA_INLINE void DriveColours(F32 (&p)[4], const MeltLook& look)
+{
+    const F32 zero = {}, one = zero + 1.0f;
+    const F32 b = p[P::b], g = p[P::g], r = p[P::r];
+    const F32 most = Most(Most(b, g), r);
+    const F32 range = most - Least(Least(b, g), r);
+    const auto coloured = (most > zero) & (range > zero);
+    const F32 safeRange = coloured ? range : one;
+
+    const F32 fromGreen = most == g ? (r - b) / safeRange + 2.0f : (b - g) / safeRange + 4.0f;
+    const F32 turn = most == b ? (g - r) / safeRange : fromGreen;
+    // The last sixth counts from below blue: negative turns as they are.
+    const F32 hue = coloured ? (turn >= zero + 5.0f ? turn - 6.0f : turn) : zero;
+
+    const F32 saturation =
+        Least((coloured ? range / (coloured ? most : one) : zero) * look.saturationGain, one);
+    const F32 value = (look.target - most) * look.amount + most;
+
+    const F32 low = (1.0f - saturation) * value;
+    const F32 span = value - low;
+    const auto aboveBlue = hue >= one;
+    const auto aboveGreen = hue >= zero + 3.0f;
+    const F32 t = (hue - (aboveGreen ? zero + 4.0f : aboveBlue ? zero + 2.0f : zero)) * span;
+    const auto before = t < zero;
+    const F32 middle = low + (before ? -t : t);
+    const F32 next = before ? low : middle;
+    const F32 last = before ? middle : low;
+    const auto grey = saturation <= zero;
+    p[P::b] = grey ? value : aboveGreen ? next : aboveBlue ? last : value;
+    p[P::g] = grey ? value : aboveGreen ? last : aboveBlue ? value : next;
+    p[P::r] = grey ? value : aboveGreen ? value : aboveBlue ? next : last;
+}
+
+/// In double, rounded once.
+KELMORA_INLINE F32 Weigh(F32 a, F32 b, const MeltLook& look)
+{
+    const WideFloats wideA = Widen(a), wideB = Widen(b);
+    const double partA = static_cast<double>(look.mixPart), partB = static_cast<double>(look.meltPart);
+    const F32 sum = Narrow({wideA.low * partA + wideB.low * partB, wideA.high * partA + wideB.high * partB});
+    return look.capped ? (sum > F32{} + 1.0f ? F32{} + 1.0f : sum) : sum;
+}
+
+/// kPixels pixels: four vectors of interleaved channels; the result in `blurred`.
+template <class P>
+KELMORA_INLINE void MeltPixels(F32 (&mix)[4], F32 (&blurred)[4], const MeltLook& look)
+{
+    SplitChannels(mix);
+    SplitChannels(blurred);
+    DriveColours<P>(blurred, look);
+    LiftPlanes<P, LiftedAlpha::Lifted>(mix, blurred, F32{} + look.fogShare);
+    for (int c = 0; c < 4; ++c)
+        blurred[c] = Weigh(mix[c], blurred[c], look);
+    SplitChannels(blurred);
+}
+
+template <class P>
+void MeltFloats(const void* mix, const void* blurred, void* result, int width, const MeltLook& look)
+{
+    const auto* p = static_cast<const uint8_t*>(mix);
+    const auto* q = static_cast<const uint8_t*>(blurred);
+    auto* out = static_cast<uint8_t*>(result);
+    constexpr int strip = 4 * kVectorBytes;
+    const ptrdiff_t bytes = static_cast<ptrdiff_t>(width) * 16;
+    ptrdiff_t at = 0;
+    for (; at + strip <= bytes; at += strip) {
+        F32 a[4], b[4];
+        for (int i = 0; i < 4; ++i) {
+            a[i] = Load<F32>(p + at + i * kVectorBytes);
+            b[i] = Load<F32>(q + at + i * kVectorBytes);
+        }
+        MeltPixels<P>(a, b, look);
+        for (int i = 0; i < 4; ++i)
+            Store(out + at + i * kVectorBytes, b[i]);
+    }
+    if (at < bytes) {
+        // A copy of its own: vectors whose address is taken would live in memory in the loop above as well.
+        const auto rest = static_cast<size_t>(bytes - at);
+        F32 a[4] = {}, b[4] = {};
+        __builtin_memcpy(a, p + at, rest);
+        __builtin_memcpy(b, q + at, rest);
+        MeltPixels<P>(a, b, look);
+        __builtin_memcpy(out + at, b, rest);
+    }
+}
+
+} // namespace
+
+extern const MeltKernels kMeltKernels;
+const MeltKernels kMeltKernels = {MeltAnyBytes<Bgra>, MeltAnyBytes<Argb>, MeltFloats<LiftBgraPlanes>,
+                                  MeltFloats<LiftArgbPlanes>};
+
+} // namespace kelmora::KELMORA_VARIANT

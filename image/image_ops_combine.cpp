@@ -1,0 +1,430 @@
+#include <algorithm>
+
+#include "image/image_ops.h"
+#include "image/levels.h"
+#include "image/picture_check.h"
+#include "image/pixel_format.h"
+#include "image/pixel_layouts.h"
+#include "image/primitives/arithmetic.h"
+#include "image/primitives/channels.h"
+#include "image/primitives/composite.h"
+#include "image/primitives/cpu_variant.h"
+#include "image/primitives/detail/byte_product.h"
+#include "image/primitives/detail/loose_float.h"
+#include "image/primitives/detail/map.h"
+#include "image/primitives/row_kernels.h"
+#include "image/primitives/set.h"
+
+namespace kelmora {
+namespace {
+
+using px::LooseFloat;
+using px::Word;
+
+Size CommonSize(const FrameBuffer& a, const FrameBuffer& b, const FrameBuffer& c)
+{
+    const Size size = CommonSize(a, b);
+    return {std::min(size.width, c.GetWidth()), std::min(size.height, c.GetHeight())};
+}
+
+/// The first picture's format decides what all are taken for.
+bool HoldAlike(const FrameBuffer& a, const FrameBuffer& b, int width, int bytes)
+{
+    return a.GetPixelBytes() == b.GetPixelBytes() && Holds(a, width, bytes) && Holds(b, width, bytes);
+}
+
+const LooseFloat* ReadFloats(const FrameBuffer& picture, int y)
+{
+    return reinterpret_cast<const LooseFloat*>(picture.PixelAddress(0, y, 0));
+}
+
+LooseFloat* WriteFloats(FrameBuffer& picture, int y)
+{
+    return reinterpret_cast<LooseFloat*>(picture.PixelAddress(0, y, 0));
+}
+
+int ByteOfColour(std::uint32_t colour, int place)
+{
+    return static_cast<int>((colour >> (8 * place)) & 0xFF);
+}
+
+// --- conversion -----------------------------------------------------------------------------------------
+
+/// The pairs of formats that Convert serves, but for those of one type.
+struct Conversion {
+    bool served;
+    bool reverses;
+};
+
+constexpr Conversion ConversionOf(std::uint32_t src, std::uint32_t dst)
+{
+    const bool toFloat = IsByteColour(src) && IsFloatColour(dst);
+    const bool toByte = IsFloatColour(src) && IsByteColour(dst);
+    const bool same = IsAlphaFirst(src) == IsAlphaFirst(dst);
+    const bool reverses = (src == PF_BGRA8 && dst == PF_ARGB32F) || (src == PF_ARGB32F && dst == PF_BGRA8);
+    return {(toFloat || toByte) && (same || reverses), reverses};
+}
+
+template <bool reverses>
+void ToFloats(const std::uint8_t* __restrict from, LooseFloat* __restrict to, int width)
+{
+    for (std::ptrdiff_t x = 0; x < width; ++x)
+        for (int c = 0; c < 4; ++c)
+            to[4 * x + c] = LevelOf(from[4 * x + (reverses ? 3 - c : c)]);
+}
+
+template <bool reverses>
+void ToBytes(const LooseFloat* __restrict from, std::uint8_t* __restrict to, int width)
+{
+    // A step of its own to whole numbers, so that both steps become vectors.
+    std::int32_t levels[4 * px::kBlockPixels];
+    std::uint8_t bytes[4 * px::kBlockPixels];
+    for (int first = 0; first < width; first += px::kBlockPixels) {
+        const int count = std::min(px::kBlockPixels, width - first);
+        for (int i = 0; i < 4 * count; ++i)
+            levels[i] = ByteOf(from[i]);
+        for (int i = 0; i < 4 * count; ++i)
+            bytes[i] = static_cast<std::uint8_t>(levels[i]);
+        const auto reversed = [](Word pixel) { return reverses ? __builtin_bswap32(pixel) : pixel; };
+        px::MapPixelRow(bytes, to, count, reversed);
+        from += 4 * px::kBlockPixels;
+        to += 4 * px::kBlockPixels;
+    }
+}
+
+// --- alpha ----------------------------------------------------------------------------------------------
+
+template <class P>
+void OverFloatsPremultiplied(const LooseFloat* a, const LooseFloat* b, LooseFloat* out, int width)
+{
+    for (int x = 0; x < width; ++x, a += 4, b += 4, out += 4) {
+        const double t = 1.0 - static_cast<double>(a[P::a].v);
+        for (int c = 0; c < 4; ++c)
+            out[c] = static_cast<float>(t * static_cast<double>(b[c].v) + static_cast<double>(a[c].v));
+    }
+}
+
+template <class P>
+void OverFloatsStraight(const LooseFloat* a, const LooseFloat* b, LooseFloat* out, int width)
+{
+    for (int x = 0; x < width; ++x, a += 4, b += 4, out += 4) {
+        const double alpha = static_cast<double>(a[P::a].v);
+        const double t = (1.0 - alpha) * static_cast<double>(b[P::a].v);
+        for (const int c : {P::b, P::g, P::r})
+            out[c] =
+                static_cast<float>(static_cast<double>(a[c].v) * alpha + t * static_cast<double>(b[c].v));
+        out[P::a] = static_cast<float>(alpha + t);
+    }
+}
+
+/// Of a pixel with alpha first: the lowest byte of its word.
+constexpr Word kFirstByte = 0xFF;
+
+Word OverArgbPremultiplied(Word a, Word b)
+{
+    return px::AddBytes(a, px::ScaleBytes(b, 255 - (a & kFirstByte)));
+}
+
+/// Alpha goes as a colour of 255 does, which makes it the sum of both shares. The shares are 255 at most
+/// together, so nothing passes 255.
+Word OverArgbStraight(Word a, Word b)
+{
+    const Word alpha = a & kFirstByte;
+    const Word t = px::ScaleBytes(b & kFirstByte, 255 - alpha);
+    return px::WeighBytes(a | kFirstByte, alpha, b | kFirstByte, t);
+}
+
+template <class RowOp>
+void ForRows(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, Size size, RowOp op)
+{
+    for (int y = 0; y < size.height; ++y)
+        op(a.PixelAddress(0, y, 0), b.PixelAddress(0, y, 0), out.PixelAddress(0, y, 0), size.width);
+}
+
+template <class P>
+void OverFloats(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, Size size, bool premultiplied)
+{
+    for (int y = 0; y < size.height; ++y)
+        if (premultiplied)
+            OverFloatsPremultiplied<P>(ReadFloats(a, y), ReadFloats(b, y), WriteFloats(out, y), size.width);
+        else
+            OverFloatsStraight<P>(ReadFloats(a, y), ReadFloats(b, y), WriteFloats(out, y), size.width);
+}
+
+void OverArgb(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, Size size, bool premultiplied)
+{
+    ForRows(a, b, out, size,
+            [=](const std::uint8_t* first, const std::uint8_t* second, std::uint8_t* to, int width) {
+                if (premultiplied)
+                    px::ZipPixelRow(first, second, to, width, OverArgbPremultiplied);
+                else
+                    px::ZipPixelRow(first, second, to, width, OverArgbStraight);
+            });
+}
+
+template <class P>
+void PremultiplyFloats(const LooseFloat* from, LooseFloat* to, int width)
+{
+    for (int x = 0; x < width; ++x, from += 4, to += 4) {
+        const float alpha = from[P::a];
+        for (const int c : {P::b, P::g, P::r})
+            to[c] = from[c] * alpha;
+    }
+}
+
+void PremultiplyArgb(const std::uint8_t* from, std::uint8_t* to, int width)
+{
+    for (int x = 0; x < width; ++x, from += 4, to += 4) {
+        const std::uint8_t alpha = from[Argb8::a];
+        for (const int c : {Argb8::r, Argb8::g, Argb8::b})
+            to[c] = px::ByteProduct(from[c], alpha);
+    }
+}
+
+// --- weights --------------------------------------------------------------------------------------------
+
+BlendRow<int> ByteWeights(float wa, float wb)
+{
+    BlendRow<int> row = {};
+    row.firstWeight = TruncateToByte(static_cast<double>(wa) * 255.0 + 0.5);
+    row.secondWeight = TruncateToByte(static_cast<double>(wb) * 255.0 + 0.5);
+    row.saturates = row.firstWeight + row.secondWeight > 255;
+    return row;
+}
+
+BlendRow<double> FloatWeights(float wa, float wb)
+{
+    const float first = ClampLevel(wa), second = ClampLevel(wb);
+    BlendRow<double> row = {};
+    row.firstWeight = static_cast<double>(first);
+    row.secondWeight = static_cast<double>(second);
+    row.saturates = first + second > 1.0f;
+    return row;
+}
+
+template <class Weight>
+void Blend(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, Size size, BlendRow<Weight> weights,
+           void (*kernel)(const BlendRow<Weight>&))
+{
+    ForRows(a, b, out, size,
+            [&](const std::uint8_t* first, const std::uint8_t* second, std::uint8_t* to, int width) {
+                weights.first = first;
+                weights.second = second;
+                weights.dst = to;
+                weights.values = 4 * width;
+                kernel(weights);
+            });
+}
+
+/// The primitives of one type of pixel, and the region that they work on.
+struct MixBytes {
+    std::uint8_t *a, *b;
+    int aStep, bStep;
+    Size size;
+    bool plane;
+
+    bool Scale(std::uint8_t* pixels, int step, int weight) const
+    {
+        const auto w = static_cast<std::uint8_t>(weight);
+        const std::uint8_t all[4] = {w, w, w, w};
+        return (plane ? pxMulConstScaled_8u_C1_I(w, pixels, step, size.width, size.height)
+                      : pxMulConstScaled_8u_C4_I(all, pixels, step, size.width, size.height))
+            == pxOk;
+    }
+
+    bool Add(int scale) const
+    {
+        return (plane ? pxAddScaled_8u_C1_I(a, aStep, b, bStep, size.width, size.height, scale)
+                      : pxAddScaled_8u_C4_I(a, aStep, b, bStep, size.width, size.height, scale))
+            == pxOk;
+    }
+
+    bool Mean() const { return Add(1); }
+
+    bool Weigh(int wa, int wb) const { return Scale(a, aStep, wa) && Scale(b, bStep, wb) && Add(0); }
+};
+
+struct MixFloats {
+    float *a, *b;
+    int aStep, bStep;
+    Size size;
+
+    bool Scale(float* pixels, int step, float factor) const
+    {
+        const float all[4] = {factor, factor, factor, factor};
+        return pxMulConst_32f_C4_I(all, pixels, step, size.width, size.height) == pxOk;
+    }
+
+    bool Add() const { return pxAdd_32f_C4_I(a, aStep, b, bStep, size.width, size.height) == pxOk; }
+
+    bool Mean() const { return Add() && Scale(b, bStep, 0.5f); }
+
+    bool Weigh(int wa, int wb) const
+    {
+        return Scale(a, aStep, LevelOf(wa)) && Scale(b, bStep, LevelOf(wb)) && Add();
+    }
+};
+
+} // namespace
+
+bool ImageOps::SetChannel(FrameBuffer& frame, int channel, int value)
+{
+    const int width = frame.GetWidth(), height = frame.GetHeight();
+    const int level = std::clamp(value, 0, 255);
+    if (channel < 0 || channel > 3)
+        return false;
+    if (IsFloatColour(frame.GetFormat()) && frame.GetPixelBytes() == 16 && Holds(frame, width, 16))
+        return pxSetChannel_32f_C4(LevelOf(level), Floats(frame.PixelAddress(0, 0, 4 * channel)),
+                                   frame.GetStride(), width, height)
+            == pxOk;
+    if (IsByteColour(frame.GetFormat()) && frame.GetPixelBytes() == 4 && Holds(frame, width, 4))
+        return pxSetChannel_8u_C4(static_cast<std::uint8_t>(level), frame.PixelAddress(0, 0, channel),
+                                  frame.GetStride(), width, height)
+            == pxOk;
+    return false;
+}
+
+bool ImageOps::Fill(FrameBuffer& frame, std::uint32_t colour)
+{
+    const int width = frame.GetWidth(), height = frame.GetHeight(), step = frame.GetStride();
+    const int pixelBytes = frame.GetPixelBytes();
+    std::uint8_t* pixels = frame.GetPixels();
+    const auto level = [colour](int place) { return LevelOf(ByteOfColour(colour, place)); };
+    const auto byte = [colour](int place) { return static_cast<std::uint8_t>(ByteOfColour(colour, place)); };
+
+    if (IsFloat(frame.GetFormat()) && pixelBytes == 16 && Holds(frame, width, 16)) {
+        const float last[4] = {level(0), level(1), level(2), level(3)};
+        const float first[4] = {level(3), level(2), level(1), level(0)};
+        const float* values = frame.GetFormat() == PF_BGRA32F ? last : first;
+        return pxSet_32f_C4(values, Floats(pixels), step, width, height) == pxOk;
+    }
+    if (IsFloat(frame.GetFormat()))
+        return pixelBytes == 4 && Holds(frame, width, 4)
+            && pxSet_32f_C1(level(0), Floats(pixels), step, width, height) == pxOk;
+    if (IsByteColour(frame.GetFormat())) {
+        const std::uint8_t values[4] = {byte(0), byte(1), byte(2), byte(3)};
+        return Holds(frame, width, 4) && pxSet_8u_C4(values, pixels, step, width, height) == pxOk;
+    }
+    return pixelBytes == 1 && Holds(frame, width, 1)
+        && pxSet_8u_C1(byte(0), pixels, step, width, height) == pxOk;
+}
+
+bool ImageOps::PermuteChannels(FrameBuffer& frame, const int order[4])
+{
+    const int width = frame.GetWidth();
+    return IsByteColour(frame.GetFormat()) && Holds(frame, width, 4)
+        && pxSwapChannels_8u_C4_I(frame.GetPixels(), frame.GetStride(), width, frame.GetHeight(), order)
+        == pxOk;
+}
+
+bool ImageOps::Convert(const FrameBuffer& src, FrameBuffer& dst)
+{
+    const std::uint32_t from = src.GetFormat(), to = dst.GetFormat();
+    const bool sameType =
+        (IsByteColour(from) && IsByteColour(to)) || (IsFloatColour(from) && IsFloatColour(to));
+    if (sameType)
+        return from != to && ReverseChannels(src, dst);
+
+    const Conversion conversion = ConversionOf(from, to);
+    const Size size = CommonSize(src, dst);
+    if (!conversion.served || !Holds(src, size.width, PixelBytesOf(from))
+        || !Holds(dst, size.width, PixelBytesOf(to)))
+        return false;
+    for (int y = 0; y < size.height; ++y) {
+        if (IsFloat(to))
+            (conversion.reverses ? ToFloats<true> : ToFloats<false>)(src.PixelAddress(0, y, 0),
+                                                                     WriteFloats(dst, y), size.width);
+        else
+            (conversion.reverses ? ToBytes<true> : ToBytes<false>)(ReadFloats(src, y),
+                                                                   dst.PixelAddress(0, y, 0), size.width);
+    }
+    return true;
+}
+
+bool ImageOps::AlphaOver(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, bool premultiplied)
+{
+    const Size size = CommonSize(a, b, out);
+    const std::uint32_t format = a.GetFormat();
+    const int bytes = IsFloatColour(format) ? 16 : 4;
+    const bool known = IsPicture(format) || a.GetPixelBytes() == 4;
+    if (!known || !HoldAlike(a, b, size.width, bytes) || !HoldAlike(a, out, size.width, bytes))
+        return false;
+    switch (format) {
+    case PF_BGRA32F:
+        OverFloats<Bgra32F>(a, b, out, size, premultiplied);
+        return true;
+    case PF_ARGB32F:
+        OverFloats<Argb32F>(a, b, out, size, premultiplied);
+        return true;
+    case PF_ARGB8:
+        OverArgb(a, b, out, size, premultiplied);
+        return true;
+    default:
+        // Steps of whole pixels, also where the stride is none.
+        return pxAlphaComposite_8u_C4(a.GetPixels(), a.GetRowPixels() * 4, b.GetPixels(),
+                                      b.GetRowPixels() * 4, out.GetPixels(), out.GetRowPixels() * 4,
+                                      size.width, size.height,
+                                      premultiplied ? pxAlphaOverPremultiplied : pxAlphaOver)
+            == pxOk;
+    }
+}
+
+bool ImageOps::Premultiply(const FrameBuffer& src, FrameBuffer& dst)
+{
+    const Size size = CommonSize(src, dst);
+    const std::uint32_t format = src.GetFormat();
+    const int bytes = PixelBytesOf(format);
+    if (!IsPicture(format) || !HoldAlike(src, dst, size.width, bytes))
+        return false;
+    if (format == PF_BGRA8)
+        return pxPremultiply_8u_A3(src.GetPixels(), src.GetStride(), dst.GetPixels(), dst.GetStride(),
+                                   size.width, size.height)
+            == pxOk;
+    for (int y = 0; y < size.height; ++y) {
+        if (format == PF_ARGB8)
+            PremultiplyArgb(src.PixelAddress(0, y, 0), dst.PixelAddress(0, y, 0), size.width);
+        else if (format == PF_ARGB32F)
+            PremultiplyFloats<Argb32F>(ReadFloats(src, y), WriteFloats(dst, y), size.width);
+        else
+            PremultiplyFloats<Bgra32F>(ReadFloats(src, y), WriteFloats(dst, y), size.width);
+    }
+    return true;
+}
+
+bool ImageOps::AddWeighted(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, float wa, float wb)
+{
+    const Size size = CommonSize(a, b, out);
+    const std::uint32_t format = a.GetFormat();
+    const int bytes = PixelBytesOf(format);
+    if (!IsPicture(format) || !HoldAlike(a, b, size.width, bytes) || !HoldAlike(a, out, size.width, bytes))
+        return false;
+    const RowKernels& kernels = RowKernelsFor(CurrentVariant());
+    if (IsFloat(format))
+        Blend(a, b, out, size, FloatWeights(wa, wb), kernels.blendFloats);
+    else
+        Blend(a, b, out, size, ByteWeights(wa, wb), kernels.blendBytes);
+    return true;
+}
+
+bool ImageOps::Mix(FrameBuffer& a, FrameBuffer& b, int wa, int wb)
+{
+    const Size size = CommonSize(a, b);
+    const std::uint32_t format = a.GetFormat();
+    const int bytes = PixelBytesOf(format);
+    const bool plane = format == PF_Mask8;
+    if (!(IsPicture(format) || plane) || !HoldAlike(a, b, size.width, bytes))
+        return false;
+    const int first = std::clamp(wa, 0, 255), second = std::clamp(wb, 0, 255);
+    const auto mix = [=](const auto& pictures, bool mean) {
+        return mean ? pictures.Mean() : pictures.Weigh(first, second);
+    };
+    const bool even = first == 128 && second == 128;
+    if (IsFloat(format))
+        return mix(
+            MixFloats{Floats(a.GetPixels()), Floats(b.GetPixels()), a.GetStride(), b.GetStride(), size},
+            even);
+    return mix(MixBytes{a.GetPixels(), b.GetPixels(), a.GetStride(), b.GetStride(), size, plane},
+               even && !plane);
+}
+
+} // namespace kelmora

@@ -1,0 +1,69 @@
+#include "image/primitives/composite.h"
+
+#include "image/primitives/detail/byte_product.h"
+#include "image/primitives/detail/layout.h"
+#include "image/primitives/detail/map.h"
+#include "image/primitives/detail/region.h"
+
+namespace kelmora {
+namespace {
+
+using namespace px;
+using u8 = std::uint8_t;
+
+constexpr Word kAlphaByte = 0xFF000000;
+
+/// Alpha's own product is 255 * alpha, which is alpha again.
+constexpr Word Premultiplied(Word pixel)
+{
+    return ScaleBytes(pixel | kAlphaByte, pixel >> 24);
+}
+
+/// Neither byte can pass 255: the products are at most alpha and 255 - alpha.
+struct Over {
+    Word operator()(Word first, Word second) const
+    {
+        return Premultiplied(first) + ScaleBytes(Premultiplied(second), 255 - (first >> 24));
+    }
+};
+
+struct OverPremultiplied {
+    Word operator()(Word first, Word second) const
+    {
+        return AddBytes(first, ScaleBytes(second, 255 - (first >> 24)));
+    }
+};
+
+} // namespace
+
+PxStatus pxAlphaComposite_8u_C4(const u8* src1, int src1Step, const u8* src2, int src2Step, u8* dst,
+                                int dstStep, int width, int height, int op)
+{
+    if (!src2)
+        return pxNullPointer;
+    if (const PxStatus status = CheckRegions<C4, C4>(src1, src1Step, dst, dstStep, width, height))
+        return status;
+    if (const PxStatus status = CheckStep(src2Step, width, 4))
+        return status;
+    for (int y = 0; y < height; ++y) {
+        const u8* first = Row(src1, src1Step, y);
+        const u8* second = Row(src2, src2Step, y);
+        u8* to = Row(dst, dstStep, y);
+        if (op == pxAlphaOverPremultiplied)
+            ZipPixelRow(first, second, to, width, OverPremultiplied{});
+        else
+            ZipPixelRow(first, second, to, width, Over{});
+    }
+    return pxOk;
+}
+
+PxStatus pxPremultiply_8u_A3(const u8* src, int srcStep, u8* dst, int dstStep, int width, int height)
+{
+    if (const PxStatus status = CheckRegions<C4, C4>(src, srcStep, dst, dstStep, width, height))
+        return status;
+    for (int y = 0; y < height; ++y)
+        MapPixelRow(Row(src, srcStep, y), Row(dst, dstStep, y), width, Premultiplied);
+    return pxOk;
+}
+
+} // namespace kelmora
