@@ -6,6 +6,11 @@ target_compile_options(kelmora_exactness INTERFACE
     -fno-math-errno     # lets rounding become one instruction; changes no value
     -fno-trapping-math) # likewise; exceptions are masked while the library computes
 
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # GCC 12 loses (double)(float)x where it makes a vector of two of them: the rounding is gone.
+    target_compile_options(kelmora_exactness INTERFACE -fno-tree-slp-vectorize)
+endif()
+
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     # Without these, 32-bit code computes in x87 registers, with excess precision, and a host that aligns
     # its stack to 4 bytes breaks the first 16-byte spill.

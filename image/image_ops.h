@@ -104,6 +104,7 @@ public:
     /// `a` over `b` into `out`, which may be either. `premultiplied` says what the colours of `a` and `b`
     /// are; the result's colours are premultiplied always. The format of `a` decides; one that is no picture
     /// counts as BGRA8 where pixels have 4 bytes.
+    // Kept: in BGRA8 the rows are a whole number of pixels apart, whatever the strides say.
     bool AlphaOver(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, bool premultiplied);
 
     /// Colours times alpha; may work in place. Formats 0, 1, 3, 4.
@@ -137,6 +138,7 @@ public:
     /// Turns hue, changes saturation, adds brightness, multiplies contrast, in this order; each knob from 0
     /// to 1 with 0.5 neutral (contrast nearly so). Alpha becomes that of `src`. Other formats than 0, 1, 3, 4
     /// are copied.
+    // Kept: the grey that less saturation leads to gives blue the weight of red, and red that of blue.
     bool AdjustColor(const FrameBuffer& src, FrameBuffer& dst, float contrast, float brightness,
                      float saturation, float hue, MemoryAllocator* allocator);
 

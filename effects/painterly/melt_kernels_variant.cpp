@@ -18,12 +18,13 @@ KELMORA_INLINE F32 Most(F32 a, F32 b)
 
 // --- bytes --------------------------------------------------------------------------------------------
 
+/// With the bits that a colour begins at.
 struct Bgra : LiftBgra {
-    static constexpr int b = 0, g = 8, r = 16, a = 24;
+    static constexpr int b = 0, g = 8, r = 16;
 };
 
 struct Argb : LiftArgb {
-    static constexpr int a = 0, r = 8, g = 16, b = 24;
+    static constexpr int r = 8, g = 16, b = 24;
 };
 
 KELMORA_INLINE F32 Channel(U32 pixels, int shift)

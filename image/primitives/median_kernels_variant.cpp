@@ -25,11 +25,6 @@ KELMORA_INLINE Words16 Widen(Bytes16 v)
     return (Words16)_mm256_cvtepi8_epi16((__m128i)v);
 }
 
-KELMORA_INLINE Words16 WidenUnsigned(Bytes16 v)
-{
-    return (Words16)_mm256_cvtepu8_epi16((__m128i)v);
-}
-
 #else
 
 /// Sixteen words in two vectors.
@@ -225,6 +220,7 @@ KELMORA_INLINE unsigned Above(const IntPair& counts, int32_t rank)
 struct ByteCounts {
     using Column = Bytes16;
     using Window = Words16;
+    using Count = int8_t;
     using Total = int16_t;
     using PairWindow = WordPair;
 };
@@ -233,6 +229,7 @@ struct ByteCounts {
 struct WideCounts {
     using Column = Ints16;
     using Window = Ints16;
+    using Count = int32_t;
     using Total = int32_t;
     using PairWindow = IntPair;
 };
@@ -270,6 +267,7 @@ class MedianRows {
     using Column = typename C::Column;
     using Window = typename C::Window;
     using Total = typename C::Total;
+    using Count = typename C::Count;
     using PairWindow = typename C::PairWindow;
 
 public:
@@ -280,12 +278,7 @@ public:
           m_ahead(strip.maskWidth - 1), m_addends(strip.maskHeight > 127 ? 1 : 255 / strip.maskHeight),
           m_rank(static_cast<Total>(static_cast<int64_t>(strip.maskWidth) * strip.maskHeight / 2))
     {
-        for (int v = 0; v < kValues; ++v) {
-            for (int j = 0; j < kBins; ++j) {
-                m_state.coarseStep[v][j] = j >= v / kBins;
-                m_state.fineStep[v][j] = j >= v % kBins;
-            }
-        }
+        MakeSteps();
         for (int i = 0; i < kChunk; ++i)
             m_state.below[i][0] = 0;
     }
@@ -302,6 +295,17 @@ public:
     }
 
 private:
+    [[gnu::noinline]] void MakeSteps()
+    {
+        auto* coarse = reinterpret_cast<Count*>(m_state.coarseStep);
+        auto* fine = reinterpret_cast<Count*>(m_state.fineStep);
+        for (int i = 0; i < kValues * kBins; ++i) {
+            const int value = i / kBins, at = i % kBins;
+            coarse[i] = at >= value / kBins;
+            fine[i] = at >= value % kBins;
+        }
+    }
+
     KELMORA_METHOD const uint8_t* SourceRow(int y) const
     {
         return m_strip.src + static_cast<ptrdiff_t>(m_strip.srcStep) * y;
@@ -315,7 +319,7 @@ private:
     }
 
     /// In front of the columns stands one that is always empty: the one that leaves the first window.
-    KELMORA_METHOD void Fill()
+    [[gnu::noinline]] void Fill()
     {
         const ptrdiff_t count = m_strip.width + m_ahead;
         __builtin_memset(m_columns - 1, 0, sizeof(Histogram<C>) * static_cast<size_t>(count + 1));
@@ -338,7 +342,7 @@ private:
         return coarse;
     }
 
-    KELMORA_METHOD void FilterRow(const uint8_t* leaving, const uint8_t* entering, uint8_t* dst)
+    [[gnu::noinline]] void FilterRow(const uint8_t* leaving, const uint8_t* entering, uint8_t* dst)
     {
         Window window = {};
         for (ptrdiff_t i = 0; i < m_ahead; ++i)
@@ -368,7 +372,7 @@ private:
         return window;
     }
 
-    KELMORA_METHOD void FindValues(int x, int count, uint8_t* dst)
+    [[gnu::noinline]] void FindValues(int x, int count, uint8_t* dst)
     {
         CatchUp(m_pair, x);
         ptrdiff_t pair = m_pair; // the lower of the two sixteenths
