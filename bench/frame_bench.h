@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <vector>
 
@@ -28,10 +29,16 @@ private:
     std::size_t m_size;
 };
 
-/// A picture with noise in it, its rows without slack.
+/// What a picture shows.
+enum class Content {
+    Noise, ///< every value on its own: the worst case of what looks at neighbours or values
+    Scene, ///< shapes with soft and hard edges under a little grain, as photographs have
+};
+
+/// A picture, its rows without slack.
 class Frame {
 public:
-    Frame(int width, int height, std::uint32_t format);
+    Frame(int width, int height, std::uint32_t format, Content content = Content::Noise, unsigned seed = 1);
 
     VideoFrame Record();
     PageMemory& Bytes() { return m_bytes; }
@@ -46,10 +53,13 @@ private:
 template <class Work>
 void Measure(benchmark::State& state, int width, int height, Work&& work);
 
-/// A host without memory of its own, whose knobs are one list of levels.
+/// The words of knobs that are levels.
+std::vector<std::uint32_t> Levels(std::initializer_list<float> levels);
+
+/// A host without memory of its own, whose knobs are one list of words.
 class Host final : public IVideoHost {
 public:
-    explicit Host(std::vector<float> levels) : m_levels(std::move(levels)) {}
+    explicit Host(std::vector<std::uint32_t> knobs) : m_knobs(std::move(knobs)) {}
 
     std::int32_t KELMORA_CALL QueryInterface(const InterfaceId*, void** out) override;
     std::uint32_t KELMORA_CALL AddRef() override { return 2; }
@@ -62,7 +72,7 @@ public:
     HostInfo* KELMORA_CALL GetHostInfo(HostInfo* result) override;
 
 private:
-    std::vector<float> m_levels;
+    std::vector<std::uint32_t> m_knobs;
 };
 
 // --- body of Measure ----------------------------------------------------------------------------------

@@ -1,66 +1,204 @@
 // Any pictures and any numbers: every image operation, no fault.
 
 #include "fuzz/input.h"
+#include "image/hsv.h"
 #include "image/image_ops.h"
+
+namespace kelmora::fuzz {
+namespace {
+
+/// What the operations of one input share.
+struct Call {
+    Input& input;
+    FrameBuffer src, dst, third;
+    MemoryAllocator allocator = {};
+    ImageOps ops = {};
+
+    int Number() const { return input.Below(16) == 0 ? input.Take<std::int32_t>() : input.Below(64) - 8; }
+    float Level() const
+    {
+        return input.Below(8) == 0 ? input.Take<float>() : static_cast<float>(input.Below(255)) / 254.0f;
+    }
+    /// Of 255; half and whole among the usual ones.
+    int Weight() const
+    {
+        constexpr int usual[] = {0, 64, 127, 128, 128, 254, 255, 256};
+        return input.Below(8) == 0 ? input.Take<std::int32_t>() : usual[input.Below(8)];
+    }
+    bool Bool() const { return input.Below(2) != 0; }
+};
+
+void CopyRect(Call& call)
+{
+    const int x = call.Number(), y = call.Number(), w = call.Number(), h = call.Number();
+    const int dstX = call.Number(), dstY = call.Number();
+    call.ops.CopyRect(call.src, x, y, w, h, call.dst, dstX, dstY);
+}
+
+void Filter(Call& call)
+{
+    constexpr int most = 64;
+    int whole[most];
+    float weights[most];
+    for (int i = 0; i < most; ++i) {
+        whole[i] = call.input.Take<std::int16_t>();
+        weights[i] = static_cast<float>(whole[i]) / 64.0f;
+    }
+    const int taps = std::min(call.Number(), most);
+    const int a = call.Number(), b = call.Number(), divisor = call.Number();
+    const bool withAlpha = call.Bool();
+    if (call.Bool()) {
+        call.ops.RowFilter(call.src, call.dst, whole, taps, a, b, divisor, withAlpha);
+        call.ops.RowFilter(call.src, call.dst, weights, taps, a, b, divisor, withAlpha);
+    } else {
+        call.ops.ColumnFilter(call.src, call.dst, whole, taps, a, b, divisor, withAlpha);
+        call.ops.ColumnFilter(call.src, call.dst, weights, taps, a, b, divisor, withAlpha);
+    }
+}
+
+void Blur(Call& call)
+{
+    const auto size = [&] {
+        return call.input.Below(8) == 0 ? call.input.Take<float>()
+                                        : static_cast<float>(call.input.Below(120));
+    };
+    const float xSize = size(), ySize = size();
+    call.ops.Blur(call.src, call.dst, xSize, ySize, &call.allocator, call.Bool());
+}
+
+void PermuteChannels(Call& call)
+{
+    int order[4];
+    for (int& channel : order)
+        channel = call.input.Below(8) == 0 ? call.Number() : call.input.Below(4);
+    call.ops.PermuteChannels(call.dst, order);
+}
+
+void AdjustColor(Call& call)
+{
+    const float contrast = call.Level(), brightness = call.Level(), saturation = call.Level();
+    const float hue = call.Level();
+    call.ops.AdjustColor(call.src, call.dst, contrast, brightness, saturation, hue, &call.allocator);
+}
+
+/// Floats of any bits have no right answer here, and must have some answer.
+void Matrices(Call& call)
+{
+    ColorMatrix a, m;
+    for (auto& row : a.m)
+        for (float& value : row)
+            value = call.Level();
+    for (int step = call.input.Below(8); step >= 0; --step) {
+        const float x = call.Level(), y = call.Level(), z = call.Level(), w = call.Level();
+        const int order = call.input.Below(3);
+        switch (call.input.Below(9)) {
+        case 0:
+            call.ops.ColorMatrixCombine(a, m, order);
+            break;
+        case 1:
+            call.ops.ColorMatrixScale(m, x, y, z, w);
+            break;
+        case 2:
+            call.ops.ColorMatrixOffset(m, x, y, z, w);
+            break;
+        case 3:
+            call.ops.ColorMatrixSaturate(m, x);
+            break;
+        case 4:
+            call.ops.ColorMatrixRotate(m, 360.0f * x, call.Number(), call.Number(), order);
+            break;
+        case 5:
+            call.ops.ColorMatrixRotateX(m, 360.0f * x, order);
+            call.ops.ColorMatrixRotateY(m, 360.0f * y, order);
+            call.ops.ColorMatrixRotateZ(m, 360.0f * z, order);
+            break;
+        case 6:
+            call.ops.ColorMatrixShear(m, x, y, order);
+            break;
+        case 7:
+            call.ops.ColorMatrixHue(m, 360.0f * x);
+            break;
+        default: {
+            float pixel[4] = {x, y, z, w};
+            call.ops.ColorMatrixTransform(m, pixel);
+            break;
+        }
+        }
+    }
+    const HsvColour hsv = PixelRGBToHSV({call.Level(), call.Level(), call.Level()});
+    PixelHSVToRGB(hsv);
+    PixelHSVToRGB({call.Level(), call.Level(), call.Level()});
+}
+
+/// An operation, and how many bytes a pixel usually has where it goes by those alone.
+struct Operation {
+    void (*run)(Call&);
+    int srcBytes = 0, dstBytes = 0;
+};
+
+constexpr Operation kOperations[] = {
+    {[](Call& call) { call.ops.Copy(call.src, call.dst); }},
+    {CopyRect},
+    {[](Call& call) {
+        const int from = call.input.Below(6) - 1, to = call.input.Below(6) - 1;
+        call.ops.CopyChannel(call.src, call.dst, from, to);
+    }},
+    {[](Call& call) { call.ops.ReverseChannels(call.src, call.dst); }},
+    {[](Call& call) {
+        const int marginX = call.Number(), marginY = call.Number();
+        call.ops.ExtendBorder(call.src, call.dst, marginX, marginY);
+    }},
+    {Filter},
+    {Blur},
+    {[](Call& call) {
+        const int channel = call.input.Below(6) - 1, value = call.Number();
+        call.ops.SetChannel(call.dst, channel, value);
+    }},
+    {[](Call& call) { call.ops.Fill(call.dst, call.input.Take<std::uint32_t>()); }},
+    {PermuteChannels},
+    {[](Call& call) { call.ops.Convert(call.src, call.dst); }},
+    {[](Call& call) { call.ops.AlphaOver(call.src, call.third, call.dst, call.Bool()); }},
+    {[](Call& call) { call.ops.Premultiply(call.src, call.dst); }},
+    {[](Call& call) {
+        const float a = call.Level(), b = call.Bool() ? 1.0f - a : call.Level();
+        call.ops.AddWeighted(call.src, call.third, call.dst, a, b);
+    }},
+    {[](Call& call) {
+        const int a = call.Weight(), b = call.Weight();
+        call.ops.Mix(call.src, call.dst, a, b);
+    }},
+    {[](Call& call) { call.ops.RGBToHSV(call.src, call.dst); }},
+    {[](Call& call) { call.ops.HSVToRGB(call.src, call.dst); }},
+    {[](Call& call) { call.ops.Tint(call.src, call.dst, call.input.Take<std::uint32_t>()); }},
+    {[](Call& call) { call.ops.ClampFloats(call.dst); }},
+    {AdjustColor},
+    {[](Call& call) { call.ops.ARGBToYCbCr32F(call.src, call.dst); }},
+    {[](Call& call) { call.ops.YCbCrToARGB32F(call.src, call.dst); }},
+    {[](Call& call) { call.ops.BGRAToRGB24(call.src, call.dst); }, 4, 3},
+    {[](Call& call) { call.ops.RGB24ToBGRA(call.src, call.dst, call.Number()); }, 3, 4},
+    {[](Call& call) { call.ops.RGB24ToYCbCr422(call.src, call.dst); }, 3, 2},
+    {[](Call& call) { call.ops.YCbCr422ToRGB24(call.src, call.dst); }, 2, 3},
+    {Matrices},
+};
+
+} // namespace
+} // namespace kelmora::fuzz
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     using namespace kelmora;
     fuzz::Input input(data, size);
-    fuzz::Picture from(input), to(input);
-    const bool inPlace = input.Below(8) == 0;
-    FrameBuffer src, dst;
-    src.AttachFrame(&from.Record());
-    dst.AttachFrame(inPlace ? &from.Record() : &to.Record());
-
-    const auto number = [&] {
-        return input.Below(16) == 0 ? input.Take<std::int32_t>() : input.Below(64) - 8;
-    };
-    int whole[64];
-    float weights[64];
-    for (int i = 0; i < 64; ++i) {
-        whole[i] = input.Take<std::int16_t>();
-        weights[i] = static_cast<float>(whole[i]) / 64.0f;
-    }
-    const int taps = std::min(number(), 64);
-    ImageOps ops;
-    MemoryAllocator allocator;
-    switch (input.Below(8)) {
-    case 0:
-        ops.Copy(src, dst);
-        break;
-    case 1: {
-        const int x = number(), y = number(), w = number(), h = number();
-        ops.CopyRect(src, x, y, w, h, dst, number(), number());
-        break;
-    }
-    case 2:
-        ops.CopyChannel(src, dst, number(), number());
-        break;
-    case 3:
-        ops.ReverseChannels(src, dst);
-        break;
-    case 4:
-        ops.ExtendBorder(src, dst, number(), number());
-        break;
-    case 5: {
-        const int anchor = number(), margin = number(), divisor = number();
-        ops.RowFilter(src, dst, whole, taps, anchor, margin, divisor, input.Below(2) != 0);
-        ops.RowFilter(src, dst, weights, taps, anchor, margin, divisor, input.Below(2) != 0);
-        break;
-    }
-    case 6: {
-        const int margin = number(), anchor = number(), divisor = number();
-        ops.ColumnFilter(src, dst, whole, taps, margin, anchor, divisor, input.Below(2) != 0);
-        ops.ColumnFilter(src, dst, weights, taps, margin, anchor, divisor, input.Below(2) != 0);
-        break;
-    }
-    default: {
-        const float xSize = input.Below(8) == 0 ? input.Take<float>() : static_cast<float>(input.Below(120));
-        const float ySize = input.Below(8) == 0 ? input.Take<float>() : static_cast<float>(input.Below(120));
-        ops.Blur(src, dst, xSize, ySize, &allocator, input.Below(2) != 0);
-        break;
-    }
-    }
+    const fuzz::Operation& operation =
+        fuzz::kOperations[input.Below(static_cast<int>(std::size(fuzz::kOperations)))];
+    const bool alike = operation.srcBytes == operation.dstBytes && input.Below(2) != 0;
+    fuzz::Picture from(input, operation.srcBytes);
+    fuzz::Picture to = alike ? fuzz::Picture(input, from) : fuzz::Picture(input, operation.dstBytes);
+    fuzz::Picture besides = alike ? fuzz::Picture(input, from) : fuzz::Picture(input);
+    const int inPlace = input.Below(8);
+    fuzz::Call call{input, {}, {}, {}};
+    call.src.AttachFrame(&from.Record());
+    call.dst.AttachFrame(inPlace == 0 ? &from.Record() : &to.Record());
+    call.third.AttachFrame(inPlace == 1 ? &to.Record() : &besides.Record());
+    operation.run(call);
     return 0;
 }

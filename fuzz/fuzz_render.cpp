@@ -16,6 +16,9 @@ public:
             const int kind = input.Below(8);
             const float level = static_cast<float>(input.Take<std::uint8_t>()) / 255.0f;
             value.value = kind < 6 ? FloatWord(level) : input.Take<std::uint32_t>();
+            // A knob far out of its range may ask for scratch pictures of gigabytes. They are to be refused here;
+            // how much memory this machine has is not the question.
+            m_provides = m_provides || kind >= 6;
         }
     }
 
@@ -31,7 +34,7 @@ public:
 
     bool KELMORA_CALL GetParamValue(std::uint32_t knob, ParamValue* out, ParamKind kind) override
     {
-        *out = m_values[knob % 8];
+        *out = m_values[knob % kKnobs];
         out->kind = kind;
         return true;
     }
@@ -68,8 +71,39 @@ public:
 private:
     bool m_provides;
     int m_refused, m_calls = 0;
-    ParamValue m_values[8] = {};
+    static constexpr std::uint32_t kKnobs = 10; // no effect has more
+    ParamValue m_values[kKnobs] = {};
 };
+
+/// The numbers for which the library makes an effect.
+std::vector<std::int32_t> EffectNumbers()
+{
+    std::vector<std::int32_t> numbers;
+    for (std::int32_t number = Effect3DConfetti; number <= EffectWaterColor; ++number) {
+        if (IVideoEffect* const effect = CreateEffectOfNumber(number)) {
+            effect->Release();
+            numbers.push_back(number);
+        }
+    }
+    return numbers;
+}
+
+/// A moment that a host may ask for, and now and then one that none should.
+double Moment(Input& input, double last)
+{
+    if (input.Below(8) == 0)
+        return input.Take<double>();
+    return last * input.Take<std::uint8_t>() / 255.0; // both ends among them
+}
+
+RenderInfo Info(Input& input)
+{
+    auto info = input.Take<RenderInfo>();
+    constexpr double lastSecond = 600.0;
+    info.progress = Moment(input, 1.0);
+    info.time = Moment(input, lastSecond);
+    return info;
+}
 
 } // namespace
 } // namespace kelmora::fuzz
@@ -79,15 +113,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     using namespace kelmora;
     fuzz::Input input(data, size);
     UseVariant(static_cast<CpuVariant>(input.Below(3)));
-    IVideoEffect* effect = CreateEffectOfNumber(Effect3DConfetti + input.Below(10));
-    if (!effect)
-        return -1; // not worth keeping
+    static const std::vector<std::int32_t> numbers = fuzz::EffectNumbers();
+    IVideoEffect* const effect = CreateEffectOfNumber(
+        numbers[static_cast<std::size_t>(input.Below(static_cast<int>(numbers.size())))]);
     fuzz::Host host(input);
-    auto info = input.Take<RenderInfo>();
+    RenderInfo info = fuzz::Info(input);
     const int alias = input.Below(8);
-    fuzz::Picture first(input), second(input), output(input);
+    const bool alike = input.Below(2) != 0; // one size and format for all three: the usual case
+    fuzz::Picture first(input);
+    fuzz::Picture second = alike ? fuzz::Picture(input, first) : fuzz::Picture(input);
+    fuzz::Picture output = alike ? fuzz::Picture(input, first) : fuzz::Picture(input);
     if (alias == 0)
         output.Record() = first.Record();
+    else if (alias == 2)
+        output.Record() = second.Record();
+    else if (alias == 3)
+        second.Record() = first.Record();
     effect->Render(&host, &first.Record(), alias == 1 ? nullptr : &second.Record(), &output.Record(), &info);
     effect->Release();
     return 0;

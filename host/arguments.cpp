@@ -18,6 +18,7 @@ constexpr const char* kExamples = R"(Examples:
   kelmora render air-brush in.png -o out.png --preset "Touch Up"
   kelmora render "Detail Enhancer" in.jpg -o out.jpg --set Strength=0.4
   kelmora render smear a.png --to b.png -o out.png --progress 0.3
+  kelmora sweep color-melt a.png --to b.png -o strip.png --width 200
   kelmora check Kelmora.so)";
 
 constexpr const char* kValues = R"(Values of --set, as "kelmora describe EFFECT" shows the knobs:
@@ -75,37 +76,74 @@ CLI::App* AddDescribe(CLI::App& app, DescribeArguments& describe)
     return command;
 }
 
+/// The pictures that a command reads and writes.
+void AddPictures(CLI::App& command, FrameArguments& frame)
+{
+    AddEffect(command, frame.effect);
+    command.add_option("input", frame.input, "The picture: PNG, JPEG, BMP or TGA")->required()->type_name("");
+    command.add_option("-o,--output", frame.output, "Where to write the result: .png or .jpg")
+        ->required()
+        ->type_name("FILE");
+    command.add_option("--to", frame.second, "The picture that a transition ends with")->type_name("FILE");
+}
+
+/// How the effect is set.
+void AddKnobs(CLI::App& command, FrameArguments& frame)
+{
+    command.add_option("--preset", frame.preset, "Set all knobs as a preset has them")->type_name("NAME");
+    command.add_option("--set", frame.settings, "Set one knob; may be given again")
+        ->type_name("KNOB=VALUE")
+        ->allow_extra_args(false);
+    command.footer(kValues);
+}
+
+/// How the pictures are worked on and written.
+void AddWays(CLI::App& command, FrameArguments& frame)
+{
+    command.add_option("--time", frame.time, "Clock of the clip; 0 if not given")
+        ->check(Numbers(-1e9, 1e9))
+        ->type_name("SECONDS");
+    command.add_option("--format", frame.format, "bgra8, argb8, bgra32f or argb32f; bgra8 if not given")
+        ->transform(CLI::CheckedTransformer(kFormats, CLI::ignore_case).description(""))
+        ->type_name("FORMAT");
+    command.add_option("--quality", frame.quality, "Of a JPEG file, 1 to 100; 92 if not given")
+        ->check(CLI::Range(1, 100).description(""))
+        ->type_name("NUMBER");
+    AddLibrary(command, frame.library);
+    command.add_flag_callback(
+        "-f,--force", [&frame] { frame.overwrite = Overwrite::Yes; }, "Replace the output if it is there");
+}
+
 CLI::App* AddRender(CLI::App& app, RenderArguments& render)
 {
     CLI::App* const command = app.add_subcommand("render", "Render one frame of an effect");
-    AddEffect(*command, render.effect);
-    command->add_option("input", render.input, "The picture: PNG, JPEG, BMP or TGA")
-        ->required()
-        ->type_name("");
-    command->add_option("-o,--output", render.output, "Where to write the result: .png or .jpg")
-        ->required()
-        ->type_name("FILE");
-    command->add_option("--to", render.second, "The picture that a transition ends with")->type_name("FILE");
-    command->add_option("--preset", render.preset, "Set all knobs as a preset has them")->type_name("NAME");
-    command->add_option("--set", render.settings, "Set one knob; may be given again")
-        ->type_name("KNOB=VALUE")
-        ->allow_extra_args(false);
+    AddPictures(*command, render);
+    AddKnobs(*command, render);
     command->add_option("--progress", render.progress, "Position in the clip, 0 to 1; 0.5 if not given")
         ->check(Numbers(0.0, 1.0))
         ->type_name("NUMBER");
-    command->add_option("--time", render.time, "Clock of the clip; 0 if not given")
-        ->check(Numbers(-1e9, 1e9))
-        ->type_name("SECONDS");
-    command->add_option("--format", render.format, "bgra8, argb8, bgra32f or argb32f; bgra8 if not given")
-        ->transform(CLI::CheckedTransformer(kFormats, CLI::ignore_case).description(""))
-        ->type_name("FORMAT");
-    command->add_option("--quality", render.quality, "Of a JPEG file, 1 to 100; 92 if not given")
-        ->check(CLI::Range(1, 100).description(""))
+    AddWays(*command, render);
+    return command;
+}
+
+CLI::App* AddSweep(CLI::App& app, SweepArguments& sweep)
+{
+    constexpr int mostSteps = 1001; // a frame at every thousandth
+    constexpr int mostWidth = 65535;
+    CLI::App* const command =
+        app.add_subcommand("sweep", "Render a transition from end to end, its frames side by side");
+    AddPictures(*command, sweep);
+    AddKnobs(*command, sweep);
+    command->add_option("--steps", sweep.steps, "Frames, from progress 0 to 1; 11 if not given")
+        ->check(CLI::Range(2, mostSteps).description(""))
         ->type_name("NUMBER");
-    AddLibrary(*command, render.library);
-    command->add_flag_callback(
-        "-f,--force", [&render] { render.overwrite = Overwrite::Yes; }, "Replace the output if it is there");
-    command->footer(kValues);
+    command->add_option("--columns", sweep.columns, "Frames in a row; all if not given")
+        ->check(CLI::Range(1, mostSteps).description(""))
+        ->type_name("NUMBER");
+    command->add_option("--width", sweep.width, "Shrink frames that are wider than this; none if not given")
+        ->check(CLI::Range(1, mostWidth).description(""))
+        ->type_name("PIXELS");
+    AddWays(*command, sweep);
     return command;
 }
 
@@ -158,10 +196,12 @@ Command ParseArguments(const std::vector<std::string>& arguments)
     ListArguments list;
     DescribeArguments describe;
     RenderArguments render;
+    SweepArguments sweep;
     CheckArguments check;
     const CLI::App* const listCommand = AddList(app, list);
     const CLI::App* const describeCommand = AddDescribe(app, describe);
     const CLI::App* const renderCommand = AddRender(app, render);
+    const CLI::App* const sweepCommand = AddSweep(app, sweep);
     const CLI::App* const checkCommand = AddCheck(app, check);
     const auto fillLibrary = [](std::string& path) {
         if (path.empty())
@@ -191,6 +231,10 @@ Command ParseArguments(const std::vector<std::string>& arguments)
     if (renderCommand->parsed()) {
         fillLibrary(render.library);
         return render;
+    }
+    if (sweepCommand->parsed()) {
+        fillLibrary(sweep.library);
+        return sweep;
     }
     if (checkCommand->parsed())
         fillLibrary(check.file);

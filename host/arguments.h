@@ -25,8 +25,8 @@ struct DescribeArguments {
     bool json = false;
 };
 
-/// `kelmora render EFFECT INPUT -o OUTPUT`
-struct RenderArguments {
+/// What every command that renders takes.
+struct FrameArguments {
     std::string library;
     std::string effect;
     std::string input;
@@ -35,10 +35,21 @@ struct RenderArguments {
     std::string preset; ///< empty: none
     std::vector<std::string> settings;
     PixelFormat format = PF_BGRA8;
-    double progress = 0.5;
     double time = 0.0; ///< seconds
     int quality = kDefaultQuality;
     Overwrite overwrite = Overwrite::No;
+};
+
+/// `kelmora render EFFECT INPUT -o OUTPUT`
+struct RenderArguments : FrameArguments {
+    double progress = 0.5;
+};
+
+/// `kelmora sweep EFFECT FIRST --to SECOND -o OUTPUT`
+struct SweepArguments : FrameArguments {
+    int steps = 11;  ///< frames, from progress 0 to progress 1; at least 2
+    int columns = 0; ///< frames in a row; 0: all
+    int width = 0;   ///< most pixels across a frame; 0: as they are
 };
 
 /// `kelmora check FILE`
@@ -57,7 +68,8 @@ struct TextAnswer {
     std::string text; ///< for standard output when the code is Done, else for standard error
 };
 
-using Command = std::variant<TextAnswer, ListArguments, DescribeArguments, RenderArguments, CheckArguments>;
+using Command = std::variant<TextAnswer, ListArguments, DescribeArguments, RenderArguments, SweepArguments,
+                             CheckArguments>;
 
 /// Reads the arguments behind the program's name, UTF-8.
 Command ParseArguments(const std::vector<std::string>& arguments);

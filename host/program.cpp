@@ -7,6 +7,7 @@
 #include "host/commands/describe.h"
 #include "host/commands/list.h"
 #include "host/commands/render.h"
+#include "host/commands/sweep.h"
 
 namespace kelmora::host {
 namespace {
@@ -37,6 +38,11 @@ struct Runner {
     ExitCode operator()(const RenderArguments& arguments) const
     {
         RunRender(arguments);
+        return ExitCode::Done;
+    }
+    ExitCode operator()(const SweepArguments& arguments) const
+    {
+        RunSweep(arguments);
         return ExitCode::Done;
     }
     ExitCode operator()(const CheckArguments& arguments) const { return RunCheck(arguments, out, errors); }

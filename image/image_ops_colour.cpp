@@ -1,7 +1,7 @@
 #include <algorithm>
-#include <cmath>
 #include <type_traits>
 
+#include "image/exact_math.h"
 #include "image/hsv.h"
 #include "image/image_ops.h"
 #include "image/levels.h"
@@ -165,7 +165,7 @@ ColorMatrix Adjustment(ImageOps& ops, bool floats, double contrast, double brigh
     ColorMatrix matrix;
     ops.ColorMatrixScale(matrix, gain, gain, gain, 1.0f);
     ops.ColorMatrixOffset(matrix, offset, offset, offset, 0.0f);
-    ops.ColorMatrixSaturate(matrix, static_cast<float>(std::pow(saturation, 1.58496) * 3.0));
+    ops.ColorMatrixSaturate(matrix, static_cast<float>(ExactPower(saturation, 1.58496) * 3.0));
     ops.ColorMatrixHue(matrix, static_cast<float>(180.0 - hue * 360.0));
     return matrix;
 }

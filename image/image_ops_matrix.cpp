@@ -1,6 +1,4 @@
-#include <cmath>
-#include <utility>
-
+#include "image/exact_math.h"
 #include "image/image_ops.h"
 
 namespace kelmora {
@@ -13,49 +11,6 @@ float ProductAt(const ColorMatrix& a, const ColorMatrix& b, int row, int column)
     for (int k = 0; k < 5; ++k)
         sum += static_cast<double>(a.m[row][k]) * static_cast<double>(b.m[k][column]);
     return static_cast<float>(sum);
-}
-
-struct SineCosine {
-    double sine, cosine;
-};
-
-/// Of an angle from -45 to 45 degrees, by the power series. The math libraries of platforms differ in the last
-/// bits; this gives the same everywhere.
-SineCosine SmallTurn(double degrees)
-{
-    const double x = degrees * (3.14159265358979323846 / 180.0);
-    const double square = x * x;
-    double sine = 1.0, cosine = 1.0;
-    for (int n = 18; n > 0; n -= 2) {
-        sine = 1.0 - sine * square / (n * (n + 1));
-        cosine = 1.0 - cosine * square / (n * (n - 1));
-    }
-    return {sine * x, cosine};
-}
-
-/// Quarter turns come out exact.
-SineCosine Turn(double degrees)
-{
-    double rest = std::fmod(degrees, 360.0); // exact
-    SineCosine turn = {0.0, 1.0};
-    int quarters = 0;
-    if (!std::isfinite(degrees))
-        return SmallTurn(rest);
-    for (; rest > 45.0; rest -= 90.0)
-        ++quarters;
-    for (; rest < -45.0; rest += 90.0)
-        --quarters;
-    turn = SmallTurn(rest);
-    switch (quarters & 3) {
-    case 1:
-        return {turn.cosine, -turn.sine};
-    case 2:
-        return {-turn.sine, -turn.cosine};
-    case 3:
-        return {-turn.cosine, turn.sine};
-    default:
-        return turn;
-    }
 }
 
 } // namespace
@@ -103,7 +58,7 @@ void ImageOps::ColorMatrixRotate(ColorMatrix& m, float degrees, int axisA, int a
 {
     if (axisA < 0 || axisA > 2 || axisB < 0 || axisB > 2 || axisA == axisB)
         return;
-    const SineCosine turn = Turn(static_cast<double>(degrees));
+    const SineCosine turn = ExactTurnDegrees(static_cast<double>(degrees));
     ColorMatrix rotation;
     rotation.m[axisB][axisB] = rotation.m[axisA][axisA] = static_cast<float>(turn.cosine);
     rotation.m[axisB][axisA] = static_cast<float>(turn.sine);

@@ -8,7 +8,9 @@
 #include "contract/video_frame.h"
 #include "contract/video_host.h"
 #include "image/frame_buffer.h"
+#include "image/image_ops.h"
 #include "image/picture_check.h"
+#include "image/pixel_format.h"
 
 namespace kelmora {
 
@@ -43,6 +45,34 @@ inline void AttachCorner(FrameBuffer& view, const FrameBuffer& picture, Size siz
 {
     view.Attach(picture.GetPixels(), size.width, size.height, picture.GetStride(), picture.GetPixelBytes(),
                 picture.GetFormat(), picture.IsBottomUp());
+}
+
+/// Whether both are pictures of one of the four formats with all their pixels' bytes there. Their channel orders
+/// may differ.
+inline bool AreServed(const FrameBuffer& picture, const FrameBuffer& output)
+{
+    const int bytes = PixelBytesOf(picture.GetFormat());
+    return IsPicture(picture.GetFormat()) && picture.GetPixelBytes() == bytes
+        && output.GetPixelBytes() == bytes && Holds(picture, picture.GetWidth(), bytes)
+        && Holds(output, output.GetWidth(), bytes);
+}
+
+/// The same, and both of one format.
+inline bool AreServedAlike(const FrameBuffer& picture, const FrameBuffer& output)
+{
+    return picture.GetFormat() == output.GetFormat() && AreServed(picture, output);
+}
+
+/// A view of the picture, or a copy of it where an output in its own memory would overwrite it.
+inline bool SetAside(const FrameBuffer& picture, const FrameBuffer& output, FrameBuffer& aside,
+                     MemoryAllocator& allocator)
+{
+    if (!Overlap(picture, output))
+        return aside.AttachBuffer(picture);
+    ImageOps ops;
+    return aside.Allocate(picture.GetWidth(), picture.GetHeight(), picture.GetPixelBytes(), &allocator,
+                          picture.GetFormat(), picture.IsBottomUp())
+        && ops.Copy(picture, aside);
 }
 
 /// Whether the loops that go pixel by pixel and those that go by the stride meet the same rows.

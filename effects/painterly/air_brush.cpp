@@ -22,14 +22,6 @@ Knobs ReadKnobs(IVideoHost& host)
     return knobs;
 }
 
-bool IsServed(const FrameBuffer& picture, const FrameBuffer& output)
-{
-    const int bytes = PixelBytesOf(picture.GetFormat());
-    return IsPicture(picture.GetFormat()) && picture.GetPixelBytes() == bytes
-        && output.GetPixelBytes() == bytes && Holds(picture, picture.GetWidth(), bytes)
-        && Holds(output, output.GetWidth(), bytes);
-}
-
 /// The edge step over whole pictures, whose rows the per-pixel loops find by their length in pixels.
 void EdgeLift(const FrameBuffer& picture, FrameBuffer& output, float edge)
 {
@@ -66,18 +58,6 @@ bool BlurThenLift(const FrameBuffer& picture, FrameBuffer& output, const TentJob
     return true;
 }
 
-/// What an output in the picture's own memory would overwrite is set aside first.
-bool SetAside(const FrameBuffer& picture, const FrameBuffer& output, FrameBuffer& copy,
-              MemoryAllocator& allocator)
-{
-    if (!Overlap(picture, output))
-        return copy.AttachBuffer(picture);
-    ImageOps ops;
-    return copy.Allocate(picture.GetWidth(), picture.GetHeight(), picture.GetPixelBytes(), &allocator,
-                         picture.GetFormat(), picture.IsBottomUp())
-        && ops.Copy(picture, copy);
-}
-
 } // namespace
 
 bool CAirbrush::RenderFrame(const RenderCall& call)
@@ -90,7 +70,7 @@ bool CAirbrush::RenderFrame(const RenderCall& call)
     target.AttachFrame(&call.output);
     const Size size = CommonSize(picture, target);
     const int taps = air_brush::TapsFor(knobs.spray, picture.GetHeight());
-    if (!IsServed(picture, target) || IsEmpty(size) || taps > air_brush::kMostTaps)
+    if (!AreServed(picture, target) || IsEmpty(size) || taps > air_brush::kMostTaps)
         return true;
 
     FrameBuffer output, source;

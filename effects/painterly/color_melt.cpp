@@ -5,9 +5,9 @@
 
 #include "effects/common/knob_reader.h"
 #include "effects/painterly/color_melt_plan.h"
+#include "effects/painterly/color_melt_row.h"
 #include "effects/painterly/crossfade.h"
 #include "effects/painterly/dissolve.h"
-#include "effects/painterly/melt_row.h"
 #include "image/image_ops.h"
 #include "image/pixel_format.h"
 #include "image/tent_filter.h"
@@ -29,14 +29,6 @@ Knobs ReadKnobs(IVideoHost& host)
     knobs.tempo = read.Level(4);
     knobs.crossFade = read.Level(5);
     return knobs;
-}
-
-bool IsServed(const FrameBuffer& picture, const FrameBuffer& output)
-{
-    const int bytes = PixelBytesOf(picture.GetFormat());
-    return IsPicture(picture.GetFormat()) && picture.GetFormat() == output.GetFormat()
-        && picture.GetPixelBytes() == bytes && output.GetPixelBytes() == bytes
-        && Holds(picture, picture.GetWidth(), bytes) && Holds(output, output.GetWidth(), bytes);
 }
 
 Melt MakeMelt(const Knobs& knobs, float amount)
@@ -106,7 +98,7 @@ bool CColormelt::RenderFrame(const RenderCall& call)
     second.AttachFrame(call.secondPicture);
     target.AttachFrame(&call.output);
     const Size size = CommonSize(first, target);
-    if (!IsServed(first, target) || IsEmpty(size))
+    if (!AreServedAlike(first, target) || IsEmpty(size))
         return true;
     AttachCorner(output, target, size);
 

@@ -1,7 +1,8 @@
 #pragma once
 
 #include <algorithm>
-#include <cmath>
+
+#include "image/exact_math.h"
 
 namespace kelmora {
 
@@ -25,15 +26,17 @@ inline Crossfade CrossfadeCurve(double progress, float crossFade, float tempo)
     const double length = static_cast<double>(crossFade);
     const double start = 0.5 - length * 0.5;
     Crossfade curve = {};
-    if (progress > start + length)
+    if (progress < start)
+        curve.fade = 0.0;
+    else if (progress > start + length)
         curve.fade = 1.0;
-    else if (!(progress < start))
+    else
         curve.fade = (progress - start) / (length == 0.0 ? 1e-6 : length);
 
     double rising = 2.0 * progress;
     if (rising > 1.0)
         rising = 2.0 - rising;
-    const double amount = 1.0 - std::pow(1.0 - rising, static_cast<double>(tempo) * 3.0 + 1.0);
+    const double amount = 1.0 - ExactPower(1.0 - rising, static_cast<double>(tempo) * 3.0 + 1.0);
     // A tempo far outside its range sends the power anywhere.
     curve.amount = amount > 0.0 ? static_cast<float>(std::min(amount, 1.0)) : 0.0f;
     return curve;

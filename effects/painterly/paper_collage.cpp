@@ -4,9 +4,9 @@
 
 #include "effects/common/knob_reader.h"
 #include "effects/painterly/dissolve.h"
+#include "effects/painterly/paper_collage_kernels.h"
 #include "effects/painterly/paper_collage_plan.h"
-#include "effects/painterly/paper_kernels.h"
-#include "effects/painterly/paper_sheets.h"
+#include "effects/painterly/paper_collage_sheets.h"
 #include "image/image_ops.h"
 #include "image/pixel_format.h"
 #include "image/tent_filter.h"
@@ -32,14 +32,6 @@ Knobs ReadKnobs(IVideoHost& host)
     knobs.tempo = read.Level(8);
     knobs.crossFade = read.Level(9);
     return knobs;
-}
-
-bool IsServed(const FrameBuffer& picture, const FrameBuffer& output)
-{
-    const int bytes = PixelBytesOf(picture.GetFormat());
-    return IsPicture(picture.GetFormat()) && picture.GetFormat() == output.GetFormat()
-        && picture.GetPixelBytes() == bytes && output.GetPixelBytes() == bytes
-        && Holds(picture, picture.GetWidth(), bytes) && Holds(output, output.GetWidth(), bytes);
 }
 
 // Kept: the height is measured against the second picture's width. In the usual case, landscape, it is the first
@@ -152,7 +144,7 @@ bool CEmbossedPaperBlend::RenderFrame(const RenderCall& call)
     target.AttachFrame(&call.output);
     const Size both = CommonSize(first, target);
     const Size size = {std::min(both.width, second.GetWidth()), std::min(both.height, second.GetHeight())};
-    if (!IsServed(first, target) || !second.GetPixels() || IsEmpty(size))
+    if (!AreServedAlike(first, target) || !second.GetPixels() || IsEmpty(size))
         return true;
     AttachCorner(output, target, size);
 
@@ -163,7 +155,10 @@ bool CEmbossedPaperBlend::RenderFrame(const RenderCall& call)
         return true;
 
     ImageOps ops;
-    if (curve.amount > 0.0f) {
+    // Without an amount the dissolve covers the collage. Where it is too short for that the lowest sheet shows;
+    // alpha-last bytes, which are worked on in the output itself, show the output there.
+    const bool covers = first.GetFormat() == PF_BGRA8 || mix.GetHeight() >= size.height;
+    if (curve.amount > 0.0f || !covers) {
         const bool halfHeight = IsHalfHeight(call.info);
         if (first.GetFormat() == PF_BGRA8) {
             Collage(mix, output, knobs, curve.amount, halfHeight, allocator);

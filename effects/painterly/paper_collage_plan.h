@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdint>
 
 #include "effects/common/precision.h"
 #include "effects/painterly/crossfade.h"
+#include "image/exact_math.h"
 
 namespace kelmora::paper_collage {
 
@@ -55,10 +55,9 @@ inline Offset ShadowOffset(float angle, int distance, bool halfHeight)
 {
     const double back = 1.0 - static_cast<double>(angle);
     const double turn = (back + back) * 3.141592502593994;
-    if (!std::isfinite(turn))
-        return {0, 0};
-    const int across = Truncate(std::cos(turn) * distance);
-    return {Truncate(across * (halfHeight ? 2.0 : 1.0)), Truncate(std::sin(turn) * distance)};
+    const SineCosine direction = ExactTurn(turn); // no numbers where the angle is none, and 0 pixels then
+    const int across = Truncate(direction.cosine * distance);
+    return {Truncate(across * (halfHeight ? 2.0 : 1.0)), Truncate(direction.sine * distance)};
 }
 
 /// (a * k + (255 - k) * b) >> 8.

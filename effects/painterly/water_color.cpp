@@ -30,14 +30,6 @@ Knobs ReadKnobs(IVideoHost& host)
     return knobs;
 }
 
-bool IsServed(const FrameBuffer& picture, const FrameBuffer& output)
-{
-    const int bytes = PixelBytesOf(picture.GetFormat());
-    return IsPicture(picture.GetFormat()) && picture.GetFormat() == output.GetFormat()
-        && picture.GetPixelBytes() == bytes && output.GetPixelBytes() == bytes
-        && Holds(picture, picture.GetWidth(), bytes) && Holds(output, output.GetWidth(), bytes);
-}
-
 /// A BGRA8 picture of the same size with the contents of `from`; zeros where it cannot be filled.
 bool Take(FrameBuffer& canvas, const FrameBuffer& from, Size size, MemoryAllocator& allocator)
 {
@@ -104,13 +96,15 @@ bool CWaterColor::RenderFrame(const RenderCall& call)
     MemoryAllocator allocator(&call.host);
     const Knobs knobs = ReadKnobs(call.host);
 
-    FrameBuffer picture, target, output;
-    picture.AttachFrame(&call.firstPicture);
+    FrameBuffer given, target, output, picture;
+    given.AttachFrame(&call.firstPicture);
     target.AttachFrame(&call.output);
-    const Size size = CommonSize(picture, target);
-    if (!IsServed(picture, target) || IsEmpty(size))
+    const Size size = CommonSize(given, target);
+    if (!AreServedAlike(given, target) || IsEmpty(size))
         return false;
     AttachCorner(output, target, size);
+    if (!SetAside(given, output, picture, allocator))
+        return false;
 
     ImageOps ops;
     FrameBuffer source, canvas;

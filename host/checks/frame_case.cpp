@@ -171,6 +171,11 @@ bool IsScene(std::int32_t number)
     return number == Effect3DConfetti || number == Effect3DPizzaBoxes;
 }
 
+bool IsCutToSecond(std::int32_t number)
+{
+    return number != EffectColorMelt && number != EffectSmear;
+}
+
 std::string CaseText(const FrameShape& shape)
 {
     return FormatText(shape.format) + ", " + std::to_string(shape.width) + " x "

@@ -63,6 +63,10 @@ std::vector<ParamValue> RandomKnobs(const EffectFace& face, std::mt19937& engine
 /// the output's size, and its wind the record's own word on what is up.
 bool IsScene(std::int32_t number);
 
+/// Whether a transition works only where its second picture has pixels. The others work wherever the first
+/// picture and the output have them, and take the second for nothing where it has none.
+bool IsCutToSecond(std::int32_t number);
+
 /// "bgra8, 33 x 21".
 std::string CaseText(const FrameShape& shape);
 

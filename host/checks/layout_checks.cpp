@@ -99,7 +99,7 @@ void OtherOutputSize(CheckRun& run)
                 const std::vector<std::uint8_t> pixels = RenderCase(run, *effect, frame).pixels;
                 std::int32_t width = std::min(sizes.firstWidth, sizes.outputWidth);
                 std::int32_t height = std::min(sizes.firstHeight, sizes.outputHeight);
-                if (face.pictures == 2) {
+                if (face.pictures == 2 && IsCutToSecond(face.number)) {
                     width = std::min(width, sizes.secondWidth);
                     height = std::min(height, sizes.secondHeight);
                 }

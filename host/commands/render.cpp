@@ -2,24 +2,11 @@
 
 #include <optional>
 
-#include "host/effect_run.h"
-#include "host/knob_value.h"
+#include "host/commands/frame_choice.h"
 #include "host/library_file.h"
 #include "host/pictures/picture_file.h"
 
 namespace kelmora::host {
-namespace {
-
-std::vector<ParamValue> KnobValues(const EffectFace& face, const RenderArguments& arguments)
-{
-    std::vector<ParamValue> values =
-        arguments.preset.empty() ? face.Defaults() : PresetValues(face, arguments.preset);
-    for (const std::string& setting : arguments.settings)
-        Assign(face, setting, values);
-    return values;
-}
-
-} // namespace
 
 void RunRender(const RenderArguments& arguments)
 {
@@ -29,16 +16,9 @@ void RunRender(const RenderArguments& arguments)
     const std::int32_t number = FindEffect(*library, arguments.effect);
     const Held<IVideoEffect> effect = MakeEffect(*library, number);
     const EffectFace face = ReadFace(number, *effect);
-    FrameSettings settings;
-    settings.knobs = KnobValues(face, arguments);
-    settings.format = arguments.format;
+    FrameSettings settings = ChosenSettings(face, arguments);
     settings.progress = arguments.progress;
-    settings.time = arguments.time;
-    if (face.pictures == 2 && arguments.second.empty())
-        throw Failure(ExitCode::Usage,
-                      "\"" + face.name + "\" blends two pictures: give the second one with --to");
-    if (face.pictures == 1 && !arguments.second.empty())
-        throw Failure(ExitCode::Usage, "\"" + face.name + "\" takes one picture: leave out --to");
+    CheckPictureCount(face, arguments);
     CheckPictureTarget(arguments.output, arguments.overwrite);
 
     const Picture first = ReadPicture(arguments.input);

@@ -1,5 +1,6 @@
 #include "host/pictures/picture_file.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <limits>
@@ -44,6 +45,10 @@ namespace kelmora::host {
 namespace {
 
 enum class FileKind { Png, Jpeg, Other };
+
+constexpr std::int64_t kMostJpegSide = 65535; // 16 bits in the file
+// The writer counts bytes in an int, and a buffer that grows may be twice as large as what it holds.
+constexpr std::int64_t kMostPngBytes = 900'000'000;
 
 FileKind KindOf(const std::string& path)
 {
@@ -108,9 +113,22 @@ void CheckPictureTarget(const std::string& path, Overwrite overwrite)
     CheckTarget(path, overwrite);
 }
 
+void CheckPictureSize(const std::string& path, std::int64_t width, std::int64_t height)
+{
+    const bool fits = KindOf(path) == FileKind::Jpeg ? width <= kMostJpegSide && height <= kMostJpegSide
+                                                     : height <= kMostPngBytes
+                / static_cast<std::int64_t>(Picture::kPixelBytes) / std::max<std::int64_t>(width, 1);
+    if (!fits) {
+        throw Failure(ExitCode::Failed,
+                      "cannot write " + path + ": " + std::to_string(width) + " x " + std::to_string(height)
+                          + " pixels are too many for such a file");
+    }
+}
+
 void WritePicture(const std::string& path, const Picture& picture, Overwrite overwrite, int quality)
 {
     CheckPictureTarget(path, overwrite);
+    CheckPictureSize(path, picture.width, picture.height);
     std::vector<std::uint8_t> file;
     constexpr int kChannels = static_cast<int>(Picture::kPixelBytes);
     const int done = KindOf(path) == FileKind::Png

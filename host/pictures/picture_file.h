@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "host/pictures/picture.h"
@@ -16,6 +17,10 @@ Picture ReadPicture(const std::string& path);
 /// Throws Failure when `path` does not end as a PNG or JPEG file does, or cannot be written to. For saying so
 /// before the work begins.
 void CheckPictureTarget(const std::string& path, Overwrite overwrite);
+
+/// Throws Failure when the file that `path` names by its end cannot hold a picture of so many pixels: a JPEG
+/// file has at most 65535 of them along a side, and a PNG file is built in memory, up to 900 MB of pixels.
+void CheckPictureSize(const std::string& path, std::int64_t width, std::int64_t height);
 
 /// Writes a PNG or, without its alpha, a JPEG file, as the end of the name says. Throws Failure when that
 /// does not work.

@@ -342,7 +342,7 @@ private:
         return coarse;
     }
 
-    [[gnu::noinline]] void FilterRow(const uint8_t* leaving, const uint8_t* entering, uint8_t* dst)
+    KELMORA_METHOD void FilterRow(const uint8_t* leaving, const uint8_t* entering, uint8_t* dst)
     {
         Window window = {};
         for (ptrdiff_t i = 0; i < m_ahead; ++i)
@@ -372,7 +372,7 @@ private:
         return window;
     }
 
-    [[gnu::noinline]] void FindValues(int x, int count, uint8_t* dst)
+    KELMORA_METHOD void FindValues(int x, int count, uint8_t* dst)
     {
         CatchUp(m_pair, x);
         ptrdiff_t pair = m_pair; // the lower of the two sixteenths

@@ -1,7 +1,10 @@
 #include "tests/effects/new_effect.h"
 
 #include "library/wrappers/air_brush.h"
+#include "library/wrappers/color_melt.h"
 #include "library/wrappers/detail_enhancer.h"
+#include "library/wrappers/paper_collage.h"
+#include "library/wrappers/water_color.h"
 
 namespace kelmora {
 
@@ -12,12 +15,91 @@ HeldEffect NewEffect(EffectClass which)
         return HeldEffect(new CAirbrush);
     case EffectClass::UnsharpMask:
         return HeldEffect(new CUnsharpMask);
+    case EffectClass::WaterColor:
+        return HeldEffect(new CWaterColor);
+    case EffectClass::Colormelt:
+        return HeldEffect(new CColormelt);
+    case EffectClass::EmbossedPaperBlend:
+        return HeldEffect(new CEmbossedPaperBlend);
     case EffectClass::WrapAirbrush:
         return HeldEffect(new CWrapAirbrush);
     case EffectClass::WrapDetailEnhancer:
         return HeldEffect(new CWrapDetailEnhancer);
+    case EffectClass::WrapWaterColor:
+        return HeldEffect(new CWrapWaterColor);
+    case EffectClass::WrapColorMelt:
+        return HeldEffect(new CWrapColorMelt);
+    case EffectClass::WrapPaperCollage:
+        return HeldEffect(new CWrapPaperCollage);
     }
     return nullptr;
+}
+
+const char* NameOf(EffectClass which)
+{
+    switch (which) {
+    case EffectClass::Airbrush:
+        return "AirBrush";
+    case EffectClass::UnsharpMask:
+        return "DetailEnhancer";
+    case EffectClass::WaterColor:
+        return "WaterColor";
+    case EffectClass::Colormelt:
+        return "ColorMelt";
+    case EffectClass::EmbossedPaperBlend:
+        return "PaperCollage";
+    case EffectClass::WrapAirbrush:
+        return "WrappedAirBrush";
+    case EffectClass::WrapDetailEnhancer:
+        return "WrappedDetailEnhancer";
+    case EffectClass::WrapWaterColor:
+        return "WrappedWaterColor";
+    case EffectClass::WrapColorMelt:
+        return "WrappedColorMelt";
+    case EffectClass::WrapPaperCollage:
+        return "WrappedPaperCollage";
+    }
+    return "";
+}
+
+std::string_view KeyOf(EffectClass which)
+{
+    switch (InnerOf(which)) {
+    case EffectClass::Airbrush:
+        return "air_brush";
+    case EffectClass::UnsharpMask:
+        return "detail_enhancer";
+    case EffectClass::WaterColor:
+        return "water_color";
+    case EffectClass::Colormelt:
+        return "color_melt";
+    default:
+        return "paper_collage";
+    }
+}
+
+EffectClass InnerOf(EffectClass which)
+{
+    switch (which) {
+    case EffectClass::WrapAirbrush:
+        return EffectClass::Airbrush;
+    case EffectClass::WrapDetailEnhancer:
+        return EffectClass::UnsharpMask;
+    case EffectClass::WrapWaterColor:
+        return EffectClass::WaterColor;
+    case EffectClass::WrapColorMelt:
+        return EffectClass::Colormelt;
+    case EffectClass::WrapPaperCollage:
+        return EffectClass::EmbossedPaperBlend;
+    default:
+        return which;
+    }
+}
+
+bool IsTransition(EffectClass which)
+{
+    const EffectClass inner = InnerOf(which);
+    return inner == EffectClass::Colormelt || inner == EffectClass::EmbossedPaperBlend;
 }
 
 } // namespace kelmora

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string_view>
 
 #include "contract/video_effect.h"
 
@@ -13,12 +14,38 @@ struct ReleaseHeld {
 using HeldEffect = std::unique_ptr<IVideoEffect, ReleaseHeld>;
 
 /// The effects that a test can render with, seen as a host sees them.
-enum class EffectClass { Airbrush, UnsharpMask, WrapAirbrush, WrapDetailEnhancer };
+enum class EffectClass {
+    Airbrush,
+    UnsharpMask,
+    WaterColor,
+    Colormelt,
+    EmbossedPaperBlend,
+    WrapAirbrush,
+    WrapDetailEnhancer,
+    WrapWaterColor,
+    WrapColorMelt,
+    WrapPaperCollage,
+};
 
-inline constexpr EffectClass kAllEffects[] = {EffectClass::Airbrush, EffectClass::UnsharpMask,
-                                              EffectClass::WrapAirbrush, EffectClass::WrapDetailEnhancer};
+inline constexpr EffectClass kAllEffects[] = {EffectClass::Airbrush,           EffectClass::UnsharpMask,
+                                              EffectClass::WaterColor,         EffectClass::Colormelt,
+                                              EffectClass::EmbossedPaperBlend, EffectClass::WrapAirbrush,
+                                              EffectClass::WrapDetailEnhancer, EffectClass::WrapWaterColor,
+                                              EffectClass::WrapColorMelt,      EffectClass::WrapPaperCollage};
 
 /// A new object with one holder.
 HeldEffect NewEffect(EffectClass which);
+
+/// "AirBrush", "WrappedAirBrush".
+const char* NameOf(EffectClass which);
+
+/// What its files are called: "air_brush", for the wrapper's too.
+std::string_view KeyOf(EffectClass which);
+
+/// The inner effect's class, for a wrapper's as for its own.
+EffectClass InnerOf(EffectClass which);
+
+/// Whether it goes from the first picture to the second.
+bool IsTransition(EffectClass which);
 
 } // namespace kelmora

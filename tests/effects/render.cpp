@@ -6,17 +6,15 @@
 
 #include "tests/golden/effect_presets.h"
 #include "tests/reference/air_brush.h"
+#include "tests/reference/color_melt.h"
 #include "tests/reference/detail_enhancer.h"
+#include "tests/reference/paper_collage.h"
+#include "tests/reference/water_color.h"
 
 namespace kelmora {
 namespace {
 
 constexpr double kUnit = 1.0 / (1 << 24);
-
-bool IsAirBrush(EffectClass which)
-{
-    return which == EffectClass::Airbrush || which == EffectClass::WrapAirbrush;
-}
 
 double LargestMagnitude(const GuardedPicture& picture)
 {
@@ -28,36 +26,133 @@ double LargestMagnitude(const GuardedPicture& picture)
     return largest;
 }
 
+/// Where the colours of a Paper Collage stand among its knobs.
+std::size_t FirstColour(EffectClass which)
+{
+    return which == EffectClass::EmbossedPaperBlend ? 3
+        : which == EffectClass::WrapPaperCollage    ? 4
+                                                    : std::size_t{100};
+}
+
+/// One level for each knob, as Levels has them.
+std::vector<float> Filled(EffectClass which, const std::vector<float>& levels)
+{
+    std::vector<float> filled = levels;
+    for (std::size_t i = levels.size(); i < KnobCount(which); ++i)
+        filled.push_back(levels[i % levels.size()]);
+    const std::size_t colour = FirstColour(which);
+    if (levels.size() <= colour && colour < KnobCount(which)) {
+        filled[colour] = 0x44FEFE;
+        filled[colour + 1] = 0x400080;
+    }
+    return filled;
+}
+
+/// What the inner effect reads.
+std::vector<float> InnerLevels(EffectClass which, const std::vector<float>& levels)
+{
+    const std::vector<float> filled = Filled(which, levels);
+    const EffectRow* const row = EffectRowOf(KeyOf(which));
+    return which == InnerOf(which) || !row ? filled : InnerKnobs(*row, filled);
+}
+
+reference::WaterColorKnobs WaterColorKnobs(const std::vector<float>& k)
+{
+    return {k.at(0), k.at(1), k.at(2), k.at(3), k.at(4), k.at(5)};
+}
+
+reference::ColorMeltKnobs ColorMeltKnobs(const std::vector<float>& k)
+{
+    return {k.at(0), k.at(1), k.at(2), k.at(3), k.at(4), k.at(5)};
+}
+
+reference::PaperCollageKnobs PaperCollageKnobs(const std::vector<float>& k)
+{
+    const auto colour = [&](std::size_t i) { return static_cast<std::uint32_t>(k.at(i)); };
+    return {k.at(0), k.at(1), k.at(2), colour(3), colour(4), k.at(5), k.at(6), k.at(7), k.at(8), k.at(9)};
+}
+
 } // namespace
 
 std::size_t KnobCount(EffectClass which)
 {
-    return which == EffectClass::WrapDetailEnhancer ? 1 : 2;
+    switch (which) {
+    case EffectClass::WrapDetailEnhancer:
+        return 1;
+    case EffectClass::Airbrush:
+    case EffectClass::WrapAirbrush:
+    case EffectClass::UnsharpMask:
+        return 2;
+    case EffectClass::WrapColorMelt:
+        return 4;
+    case EffectClass::WrapWaterColor:
+        return 5;
+    case EffectClass::WaterColor:
+    case EffectClass::Colormelt:
+        return 6;
+    case EffectClass::WrapPaperCollage:
+        return 7;
+    case EffectClass::EmbossedPaperBlend:
+        return 10;
+    }
+    return 0;
 }
 
 std::vector<ParamValue> Levels(EffectClass which, const std::vector<float>& levels)
 {
+    const std::vector<float> filled = Filled(which, levels);
+    const std::size_t colour = FirstColour(which);
     std::vector<ParamValue> knobs;
     for (std::size_t i = 0; i < KnobCount(which); ++i)
-        knobs.push_back(LevelKnob(levels.at(i)));
+        knobs.push_back(i == colour || i == colour + 1 ? ColorKnob(static_cast<std::uint32_t>(filled[i]))
+                                                       : LevelKnob(filled[i]));
     return knobs;
+}
+
+GuardedPicture Incoming(const GuardedPicture& in)
+{
+    GuardedPicture second = in;
+    const auto pixel = static_cast<std::size_t>(in.PixelBytes());
+    for (int y = 0; y < in.Height(); ++y)
+        for (int x = 0; x < in.Width(); ++x)
+            std::memcpy(second.Row(y) + pixel * static_cast<std::size_t>(x),
+                        in.Row(y) + pixel * static_cast<std::size_t>(in.Width() - 1 - x), pixel);
+    return second;
+}
+
+bool Render(IVideoEffect& effect, FakeHost& host, const Moment& moment, const GuardedPicture& in,
+            GuardedPicture& out)
+{
+    InfoFields fields = moment.halfHeight ? FieldAtProgress(moment.progress) : AtProgress(moment.progress);
+    const FlushInfo info(fields);
+    VideoFrame first = in.Frame(), second = moment.second ? moment.second->Frame() : VideoFrame{},
+               output = out.Frame();
+    const VideoFrame firstBefore = first, secondBefore = second, outputBefore = output;
+    host.BeginRender();
+    const bool result = effect.Render(&host, &first, moment.second ? &second : nullptr, &output, info.Get());
+    host.EndRender();
+    EXPECT_EQ(std::memcmp(&first, &firstBefore, sizeof first), 0) << "the picture's record has changed";
+    EXPECT_EQ(std::memcmp(&second, &secondBefore, sizeof second), 0) << "the second's record has changed";
+    EXPECT_EQ(std::memcmp(&output, &outputBefore, sizeof output), 0) << "the output's record has changed";
+    return result;
 }
 
 bool Render(IVideoEffect& effect, FakeHost& host, const GuardedPicture& in, GuardedPicture& out,
             bool halfHeight)
 {
-    InfoFields fields;
-    if (halfHeight)
-        fields = FieldAtProgress(0.0);
-    const FlushInfo info(fields);
-    VideoFrame first = in.Frame(), output = out.Frame();
-    const VideoFrame firstBefore = first, outputBefore = output;
-    host.BeginRender();
-    const bool result = effect.Render(&host, &first, nullptr, &output, info.Get());
-    host.EndRender();
-    EXPECT_EQ(std::memcmp(&first, &firstBefore, sizeof first), 0) << "the picture's record has changed";
-    EXPECT_EQ(std::memcmp(&output, &outputBefore, sizeof output), 0) << "the output's record has changed";
-    return result;
+    const GuardedPicture second = Incoming(in);
+    Moment moment;
+    moment.second = &second;
+    moment.halfHeight = halfHeight;
+    return Render(effect, host, moment, in, out);
+}
+
+void RenderFresh(EffectClass which, const std::vector<float>& levels, const Moment& moment,
+                 const GuardedPicture& in, GuardedPicture& out)
+{
+    FakeHost host(Levels(which, levels));
+    const HeldEffect effect = NewEffect(which);
+    EXPECT_TRUE(Render(*effect, host, moment, in, out));
 }
 
 void RenderFresh(EffectClass which, const std::vector<float>& levels, const GuardedPicture& in,
@@ -69,49 +164,108 @@ void RenderFresh(EffectClass which, const std::vector<float>& levels, const Guar
 }
 
 void RenderPlain(EffectClass which, const std::vector<float>& levels, const VideoFrame& in,
-                 const VideoFrame& out, bool halfHeight, std::vector<double>* closeness)
+                 const VideoFrame* second, const VideoFrame& out, double progress, bool halfHeight,
+                 Doubts* doubts)
 {
-    if (IsAirBrush(which))
-        reference::AirBrush(in, out, levels.at(0), levels.at(1), closeness);
-    else if (which == EffectClass::UnsharpMask)
-        reference::DetailEnhancer(in, out, levels.at(0), levels.at(1), halfHeight);
-    else
-        reference::DetailEnhancer(in, out, kWrapDetailEnhancerDefinition, levels.at(0), halfHeight);
+    const std::vector<float> k = InnerLevels(which, levels);
+    switch (InnerOf(which)) {
+    case EffectClass::Airbrush:
+        reference::AirBrush(in, out, k.at(0), k.at(1), doubts ? &doubts->closeness : nullptr);
+        break;
+    case EffectClass::UnsharpMask:
+        reference::DetailEnhancer(in, out, k.at(0), k.at(1), halfHeight);
+        break;
+    case EffectClass::WaterColor:
+        reference::WaterColor(in, out, WaterColorKnobs(k), halfHeight);
+        break;
+    case EffectClass::Colormelt:
+        reference::ColorMelt(in, second, out, ColorMeltKnobs(k), progress, doubts ? &doubts->sway : nullptr);
+        break;
+    default:
+        reference::PaperCollage(in, *second, out, PaperCollageKnobs(k), progress, halfHeight);
+    }
 }
 
-testing::AssertionResult AsPlain(EffectClass which, const std::vector<float>& levels,
+std::vector<GuardedPicture> LeftWithoutMemory(EffectClass which, const std::vector<float>& levels,
+                                              const GuardedPicture& in, const GuardedPicture& before)
+{
+    const GuardedPicture second = Incoming(in);
+    const VideoFrame secondFrame = second.Frame();
+    const std::vector<float> k = InnerLevels(which, levels);
+    std::vector<GuardedPicture> left;
+    left.push_back(InnerOf(which) == EffectClass::UnsharpMask ? in : before);
+    if (InnerOf(which) == EffectClass::Colormelt) {
+        left.push_back(before); // the dissolve alone
+        reference::ColorMeltKnobs knobs = ColorMeltKnobs(k);
+        knobs.soften = 1e9f; // a blur that no memory holds
+        reference::ColorMelt(in.Frame(), &secondFrame, left.back().Frame(), knobs, 0.4);
+    }
+    if (InnerOf(which) == EffectClass::EmbossedPaperBlend)
+        for (const bool blurred : {false, true}) {
+            left.push_back(before); // the grey that the sheets would have been cut from
+            reference::PaperCollageKnobs knobs = PaperCollageKnobs(k);
+            if (!blurred)
+                knobs.rounding = 0;
+            reference::PaperCollage(in.Frame(), secondFrame, left.back().Frame(), knobs, 0.4, false, false);
+        }
+    return left;
+}
+
+testing::AssertionResult AsPlain(EffectClass which, const std::vector<float>& levels, const Moment& moment,
                                  const GuardedPicture& in, const GuardedPicture& before,
-                                 const GuardedPicture& now, bool halfHeight)
+                                 const GuardedPicture& now)
 {
     const GuardedPicture expected = before;
-    std::vector<double> closeness;
-    RenderPlain(which, levels, in.Frame(), expected.Frame(), halfHeight, &closeness);
-    if (!IsFloatFormat(in.Format()))
+    const VideoFrame second = moment.second ? moment.second->Frame() : VideoFrame{};
+    Doubts doubts;
+    RenderPlain(which, levels, in.Frame(), moment.second ? &second : nullptr, expected.Frame(),
+                moment.progress, moment.halfHeight, &doubts);
+    const EffectClass inner = InnerOf(which);
+    if (!IsFloatFormat(in.Format()) || inner == EffectClass::WaterColor
+        || inner == EffectClass::EmbossedPaperBlend)
         return Equal(now, expected);
 
-    const double bound = 16 * kUnit * LargestMagnitude(in);
+    double largest = LargestMagnitude(in);
+    if (moment.second && IsTransition(which) && IsFloatFormat(moment.second->Format()))
+        largest = std::max(largest, LargestMagnitude(*moment.second));
+    const double bound = 16 * kUnit * largest;
     const int width = std::min(in.Width(), now.Width()), height = std::min(in.Height(), now.Height());
     int undecided = 0;
     for (int y = 0; y < now.Height(); ++y)
         for (int x = 0; x < now.Width(); ++x)
             for (int c = 0; c < 4; ++c) {
                 const float is = now.Float(x, y, c), should = expected.Float(x, y, c);
-                if (is == should || (std::isnan(is) && std::isnan(should))
-                    || std::fabs(static_cast<double>(is) - static_cast<double>(should)) <= bound)
+                const double distance = std::fabs(static_cast<double>(is) - static_cast<double>(should));
+                if (is == should || (std::isnan(is) && std::isnan(should)) || distance <= bound)
                     continue;
-                // `closeness` counts rows by their addresses.
-                const int row = in.Stride() < 0 ? now.Height() - 1 - y : y;
+                // The doubts count rows by their addresses.
+                const int row = now.Stride() < 0 ? now.Height() - 1 - y : y;
                 const auto at = static_cast<std::size_t>(row * width + x);
-                if (x < width && row < height && at < closeness.size() && std::fabs(closeness[at]) <= bound) {
+                const bool inside = x < width && row < height;
+                if (inside && at < doubts.closeness.size() && std::fabs(doubts.closeness[at]) <= bound) {
                     ++undecided;
                     continue;
                 }
+                if (const std::size_t value = 4 * at + static_cast<std::size_t>(c);
+                    inside && value < doubts.sway.size() && distance <= bound + 2 * doubts.sway[value])
+                    continue;
                 return testing::AssertionFailure() << "at (" << x << ", " << y << ") channel " << c << ": "
                                                    << is << ", expected " << should << " within " << bound;
             }
     if (undecided > 12)
         return testing::AssertionFailure() << undecided << " values on the edge step's own edge";
     return testing::AssertionSuccess();
+}
+
+testing::AssertionResult AsPlain(EffectClass which, const std::vector<float>& levels,
+                                 const GuardedPicture& in, const GuardedPicture& before,
+                                 const GuardedPicture& now, bool halfHeight)
+{
+    const GuardedPicture second = Incoming(in);
+    Moment moment;
+    moment.second = &second;
+    moment.halfHeight = halfHeight;
+    return AsPlain(which, levels, moment, in, before, now);
 }
 
 } // namespace kelmora

@@ -12,32 +12,67 @@
 
 namespace kelmora {
 
+/// What a frame is made from, besides the knobs and the first picture.
+struct Moment {
+    const GuardedPicture* second = nullptr; ///< the picture that a transition goes to
+    double progress = 0.4;
+    bool halfHeight = false;
+};
+
 /// How many knobs the class's own host answers for.
 std::size_t KnobCount(EffectClass which);
 
-/// The first KnobCount levels of `levels` as a host keeps them.
+/// The first KnobCount levels of `levels` as a host keeps them; a colour's level is its number. Where there
+/// are fewer they begin anew, and colours are the face's own.
 std::vector<ParamValue> Levels(EffectClass which, const std::vector<float>& levels);
+
+/// A second picture where a test needs some: `in`, mirrored from left to right.
+GuardedPicture Incoming(const GuardedPicture& in);
 
 /// One render of `in` into `out`, watched: no call comes after the end, no reference is left, the records and
 /// the render info stay as they were.
+bool Render(IVideoEffect& effect, FakeHost& host, const Moment& moment, const GuardedPicture& in,
+            GuardedPicture& out);
+
+/// With Incoming's picture at a progress of 0.4.
 bool Render(IVideoEffect& effect, FakeHost& host, const GuardedPicture& in, GuardedPicture& out,
             bool halfHeight = false);
 
 /// The same with a new object and a new host, which must give true.
+void RenderFresh(EffectClass which, const std::vector<float>& levels, const Moment& moment,
+                 const GuardedPicture& in, GuardedPicture& out);
 void RenderFresh(EffectClass which, const std::vector<float>& levels, const GuardedPicture& in,
                  GuardedPicture& out, bool halfHeight = false);
 
-/// What the plain version of the effect makes of `in` and the earlier `out`.
-void RenderPlain(EffectClass which, const std::vector<float>& levels, const VideoFrame& in,
-                 const VideoFrame& out, bool halfHeight, std::vector<double>* closeness = nullptr);
+/// What the plain version cannot tell of its float results.
+struct Doubts {
+    std::vector<double> closeness; ///< Air Brush, for each pixel: of the two sides of its decision
+    std::vector<double> sway;      ///< Color Melt, for each value: how far the blur's rounding moves it
+};
 
-/// For EXPECT_TRUE: `now` is what the plain version makes of `in` and `before`. Bytes are equal.
+/// What the plain version of the effect makes of `in` and the earlier `out`; `second` may be null.
+void RenderPlain(EffectClass which, const std::vector<float>& levels, const VideoFrame& in,
+                 const VideoFrame* second, const VideoFrame& out, double progress, bool halfHeight,
+                 Doubts* doubts = nullptr);
+
+/// What may be left in the output when memory is refused, with Incoming's picture at a progress of 0.4 and a
+/// whole frame: the picture, the output as it stood, or what the steps before that have made.
+std::vector<GuardedPicture> LeftWithoutMemory(EffectClass which, const std::vector<float>& levels,
+                                              const GuardedPicture& in, const GuardedPicture& before);
+
+/// For EXPECT_TRUE: `now` is what the plain version makes of `in` and `before`. Bytes are equal, and so are
+/// the floats of effects that work in bytes.
 ///
-/// Floats lie within 16 units of 2^-24 of it, times the largest magnitude at hand where that is above 1. The
-/// plain version weighs with fractions rounded to single precision (half a unit each way in each of the two
-/// passes), the library with whole numbers; both round each pass once (two units in all), which the edge step
-/// or the combination, with an amount of up to 2, passes on at most doubled; their own roundings add six.
-/// Where the edge step's two sides are closer than that to each other, either of its results may come out.
+/// Other floats lie within 16 units of 2^-24 of it, times the largest magnitude at hand where that is above
+/// 1. The plain version weighs with fractions rounded to single precision (half a unit each way in each of
+/// the two passes), the library with whole numbers; both round each pass once (two units in all), which the
+/// edge step or the combination, with an amount of up to 2, passes on at most doubled; their own roundings add
+/// six. Where Air Brush's edge step has two sides that are closer than that to each other, either of its
+/// results may come out. In Color Melt, whose colour work stretches small differences, a value may move twice
+/// as far again as the plain version's own does when its blur moves by six units.
+testing::AssertionResult AsPlain(EffectClass which, const std::vector<float>& levels, const Moment& moment,
+                                 const GuardedPicture& in, const GuardedPicture& before,
+                                 const GuardedPicture& now);
 testing::AssertionResult AsPlain(EffectClass which, const std::vector<float>& levels,
                                  const GuardedPicture& in, const GuardedPicture& before,
                                  const GuardedPicture& now, bool halfHeight = false);

@@ -1,43 +1,48 @@
 #include "tests/golden/golden_cases.h"
 
+#include <span>
+#include <sstream>
+
 #include "tests/golden/effect_presets.h"
 
 namespace kelmora {
 namespace {
 
-struct PresetCase {
-    bool wrapped;
-    std::string name;
-    std::vector<float> knobs;
-    float inner[2];
+struct PictureCase {
+    Motif motif, second;
+    std::int32_t width, height;
 };
 
-std::vector<PresetCase> AirBrushCases()
-{
-    std::vector<PresetCase> cases;
-    for (const bool wrapped : {false, true})
-        for (const PresetRow& row : kAirBrushPresets)
-            cases.push_back({wrapped,
-                             std::string(wrapped ? "CWrapAirbrush: " : "CAirbrush: ") + row.name,
-                             {row.first, row.second},
-                             {row.first, row.second}});
-    return cases;
-}
+// Transitions, with as many moments for each picture, have one size for each motif.
+constexpr PictureCase kFilterPictures[] = {
+    {Motif::Moving, Motif::Moving, 64, 48},
+    {Motif::Moving, Motif::Moving, 61, 47},
+    {Motif::AlphaRamp, Motif::AlphaRamp, 64, 48},
+    {Motif::AlphaRamp, Motif::AlphaRamp, 61, 47},
+};
+constexpr PictureCase kTransitionPictures[] = {
+    {Motif::Moving, Motif::SoftEdges, 64, 48},
+    {Motif::AlphaRamp, Motif::Moving, 61, 47},
+};
 
-std::vector<PresetCase> DetailEnhancerCases()
+constexpr double kFilterMoments[] = {0.0};
+constexpr double kTransitionMoments[] = {0.25, 0.5, 0.8};
+
+void AddPresets(std::vector<GoldenCase>& cases, const EffectRow& effect, bool wrapped,
+                const PictureCase& picture, std::uint32_t format)
 {
-    std::vector<PresetCase> cases;
-    for (const PresetRow& row : kDetailEnhancerPresets)
-        cases.push_back({false,
-                         std::string("CUnsharpMask: ") + row.name,
-                         {row.first, row.second},
-                         {row.first, row.second}});
-    for (const PresetRow& row : kWrapDetailEnhancerPresets)
-        cases.push_back({true,
-                         std::string("CWrapDetailEnhancer: ") + row.name,
-                         {row.first},
-                         {kWrapDetailEnhancerDefinition, row.first}});
-    return cases;
+    const std::size_t knobCount = wrapped ? effect.wrapperKnobs : effect.answers.size();
+    const std::span<const double> moments = effect.isTransition ? std::span<const double>(kTransitionMoments)
+                                                                : std::span<const double>(kFilterMoments);
+    for (const PresetRow& preset : wrapped ? effect.wrapperPresets : effect.innerPresets) {
+        const std::vector<float> knobs = ValuesOf(preset, knobCount);
+        const std::vector<float> inner = wrapped ? InnerKnobs(effect, knobs) : knobs;
+        const std::string name =
+            std::string(wrapped ? effect.wrapperClass : effect.innerClass) + ": " + preset.name;
+        for (const double moment : moments)
+            cases.push_back({picture.motif, picture.second, picture.width, picture.height, format, wrapped,
+                             name, knobs, inner, moment});
+    }
 }
 
 } // namespace
@@ -49,23 +54,26 @@ std::string GoldenCase::Picture() const
 
 std::vector<GoldenCase> GoldenCases(std::string_view effect, bool floats)
 {
-    constexpr std::int32_t sizes[][2] = {{64, 48}, {61, 47}};
-    const std::vector<PresetCase> presets = effect == "air_brush" ? AirBrushCases() : DetailEnhancerCases();
     std::vector<GoldenCase> cases;
-    for (const Motif motif : {Motif::Moving, Motif::AlphaRamp})
-        for (const auto& size : sizes)
-            for (const std::uint32_t format : kPictureFormats)
-                if (IsFloatFormat(format) == floats)
-                    for (const PresetCase& preset : presets)
-                        cases.push_back({motif,
-                                         size[0],
-                                         size[1],
-                                         format,
-                                         preset.wrapped,
-                                         preset.name,
-                                         preset.knobs,
-                                         {preset.inner[0], preset.inner[1]}});
+    const EffectRow* const row = EffectRowOf(effect);
+    if (!row)
+        return cases;
+    const std::span<const PictureCase> pictures = row->isTransition
+        ? std::span<const PictureCase>(kTransitionPictures)
+        : std::span<const PictureCase>(kFilterPictures);
+    for (const PictureCase& picture : pictures)
+        for (const std::uint32_t format : kPictureFormats)
+            if (IsFloatFormat(format) == floats)
+                for (const bool wrapped : {false, true})
+                    AddPresets(cases, *row, wrapped, picture, format);
     return cases;
+}
+
+std::string MomentText(double progress)
+{
+    std::ostringstream text;
+    text << progress;
+    return text.str();
 }
 
 } // namespace kelmora

@@ -6,7 +6,7 @@
 
 namespace kelmora {
 
-/// The library's picture of a case of "air_brush" or "detail_enhancer".
+/// The library's picture of a case of the effect with this key.
 GuardedPicture RenderCase(std::string_view effect, const GoldenCase& one);
 
 } // namespace kelmora

@@ -4,7 +4,6 @@
 
 #include "image/primitives/cpu_variant.h"
 #include "tests/golden/golden_render.h"
-#include "tests/support/hash.h"
 
 namespace kelmora {
 namespace {
@@ -19,8 +18,10 @@ void CompareWithManifest(const std::string& effect, const std::string& manifestN
             continue;
         SCOPED_TRACE("CPU variant " + std::to_string(static_cast<int>(variant)));
         GoldenManifest manifest(manifestName);
-        for (const GoldenCase& one : GoldenCases(effect, floats))
-            EXPECT_TRUE(manifest.Matches(one.Picture(), FormatName(one.format), one.preset, 0.0,
+        const std::vector<GoldenCase> cases = GoldenCases(effect, floats);
+        EXPECT_FALSE(cases.empty());
+        for (const GoldenCase& one : cases)
+            EXPECT_TRUE(manifest.Matches(one.Picture(), FormatName(one.format), one.preset, one.progress,
                                          RenderCase(effect, one).Frame()));
         EXPECT_TRUE(manifest.AllUsed());
     }
@@ -45,6 +46,36 @@ TEST(Golden, DetailEnhancer_BytePicturesOfAllPresets_AreThePlainVersions)
 TEST(Golden, DetailEnhancer_FloatPicturesOfAllPresets_AreTheSameInEveryBuild)
 {
     CompareWithManifest("detail_enhancer", "detail_enhancer_float", true);
+}
+
+TEST(Golden, WaterColor_BytePicturesOfAllPresets_AreThePlainVersions)
+{
+    CompareWithManifest("water_color", "water_color", false);
+}
+
+TEST(Golden, WaterColor_FloatPicturesOfAllPresets_AreTheSameInEveryBuild)
+{
+    CompareWithManifest("water_color", "water_color_float", true);
+}
+
+TEST(Golden, ColorMelt_BytePicturesOfAllPresets_AreThePlainVersions)
+{
+    CompareWithManifest("color_melt", "color_melt", false);
+}
+
+TEST(Golden, ColorMelt_FloatPicturesOfAllPresets_AreTheSameInEveryBuild)
+{
+    CompareWithManifest("color_melt", "color_melt_float", true);
+}
+
+TEST(Golden, PaperCollage_BytePicturesOfAllPresets_AreThePlainVersions)
+{
+    CompareWithManifest("paper_collage", "paper_collage", false);
+}
+
+TEST(Golden, PaperCollage_FloatPicturesOfAllPresets_AreTheSameInEveryBuild)
+{
+    CompareWithManifest("paper_collage", "paper_collage_float", true);
 }
 
 } // namespace

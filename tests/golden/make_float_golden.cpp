@@ -5,23 +5,21 @@
 #include <cstdio>
 #include <string>
 
+#include "tests/golden/effect_presets.h"
 #include "tests/golden/golden_cases.h"
 #include "tests/golden/golden_render.h"
-#include "tests/support/hash.h"
 
 int main(int count, char** arguments)
 {
     using namespace kelmora;
     const std::string effect = count == 2 ? arguments[1] : "";
-    if (effect != "air_brush" && effect != "detail_enhancer") {
-        std::fputs("usage: make_float_golden air_brush|detail_enhancer > tests/golden/NAME_float.txt\n",
-                   stderr);
+    if (!EffectRowOf(effect)) {
+        std::fputs("usage: make_float_golden NAME > tests/golden/NAME_float.txt\n", stderr);
         return 2;
     }
     const std::string comment = "# make_float_golden " + effect + " > tests/golden/" + effect
         + "_float.txt: made by the library itself. The rounding of float sums is our own choice; it must be "
-          "the "
-          "same in every build.\n";
+          "the same in every build.\n";
     const std::string text = ManifestText(comment, GoldenCases(effect, true), [&](const GoldenCase& one) {
         return HexDigest(Digest(RenderCase(effect, one)));
     });

@@ -2,31 +2,58 @@
 // The hashes are those of the plain, slow version of the effect. The library is not in this program.
 
 #include <cstdio>
-#include <cstring>
 #include <string>
 
+#include "tests/golden/effect_presets.h"
 #include "tests/golden/golden_cases.h"
 #include "tests/reference/air_brush.h"
+#include "tests/reference/color_melt.h"
 #include "tests/reference/detail_enhancer.h"
-#include "tests/support/hash.h"
+#include "tests/reference/paper_collage.h"
+#include "tests/reference/water_color.h"
+
+namespace kelmora {
+namespace {
+
+void RenderPlain(const std::string& effect, const GoldenCase& one, const VideoFrame& in,
+                 const VideoFrame& second, const VideoFrame& out)
+{
+    const std::vector<float>& k = one.inner;
+    const auto colour = [&](std::size_t i) { return static_cast<std::uint32_t>(k.at(i)); };
+    if (effect == "air_brush")
+        reference::AirBrush(in, out, k.at(0), k.at(1));
+    else if (effect == "detail_enhancer")
+        reference::DetailEnhancer(in, out, k.at(0), k.at(1), false);
+    else if (effect == "water_color")
+        reference::WaterColor(in, out, {k.at(0), k.at(1), k.at(2), k.at(3), k.at(4), k.at(5)}, false);
+    else if (effect == "color_melt")
+        reference::ColorMelt(in, &second, out, {k.at(0), k.at(1), k.at(2), k.at(3), k.at(4), k.at(5)},
+                             one.progress);
+    else
+        reference::PaperCollage(
+            in, second, out,
+            {k.at(0), k.at(1), k.at(2), colour(3), colour(4), k.at(5), k.at(6), k.at(7), k.at(8), k.at(9)},
+            one.progress, false);
+}
+
+} // namespace
+} // namespace kelmora
 
 int main(int count, char** arguments)
 {
     using namespace kelmora;
     const std::string effect = count == 2 ? arguments[1] : "";
-    if (effect != "air_brush" && effect != "detail_enhancer") {
-        std::fputs("usage: make_golden air_brush|detail_enhancer > tests/golden/NAME.txt\n", stderr);
+    if (!EffectRowOf(effect)) {
+        std::fputs("usage: make_golden NAME > tests/golden/NAME.txt\n", stderr);
         return 2;
     }
     const std::string comment = "# make_golden " + effect + " > tests/golden/" + effect
         + ".txt: the plain version's bytes, equal in every build.\n";
     const std::string text = ManifestText(comment, GoldenCases(effect, false), [&](const GoldenCase& one) {
         const GuardedPicture in = MakePicture(one.motif, one.width, one.height, one.format);
+        const GuardedPicture second = MakePicture(one.second, one.width, one.height, one.format);
         GuardedPicture out(one.width, one.height, one.format);
-        if (effect == "air_brush")
-            reference::AirBrush(in.Frame(), out.Frame(), one.inner[0], one.inner[1]);
-        else
-            reference::DetailEnhancer(in.Frame(), out.Frame(), one.inner[0], one.inner[1], false);
+        RenderPlain(effect, one, in.Frame(), second.Frame(), out.Frame());
         return HexDigest(Digest(out));
     });
     std::fwrite(text.data(), 1, text.size(), stdout);

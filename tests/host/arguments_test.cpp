@@ -118,6 +118,57 @@ TEST(ParseArguments, Render_WithoutItsParts_IsRefused)
     EXPECT_EQ(Refusal({"render", "106", "in.png", "more.png", "-o", "out.png"}).code, ExitCode::Usage);
 }
 
+TEST(ParseArguments, Sweep_DefaultsAreThoseOfTheHelp)
+{
+    const auto sweep =
+        Parsed<SweepArguments>({"sweep", "smear", "a.png", "--to", "b.png", "-o", "strip.png"});
+    EXPECT_EQ(sweep.effect, "smear");
+    EXPECT_EQ(sweep.input, "a.png");
+    EXPECT_EQ(sweep.second, "b.png");
+    EXPECT_EQ(sweep.output, "strip.png");
+    EXPECT_EQ(sweep.library, DefaultLibraryPath());
+    EXPECT_EQ(sweep.steps, 11);
+    EXPECT_EQ(sweep.columns, 0);
+    EXPECT_EQ(sweep.width, 0);
+    EXPECT_EQ(sweep.preset, "");
+    EXPECT_TRUE(sweep.settings.empty());
+    EXPECT_EQ(sweep.format, PF_BGRA8);
+    EXPECT_EQ(sweep.time, 0.0);
+    EXPECT_EQ(sweep.quality, 92);
+    EXPECT_EQ(sweep.overwrite, Overwrite::No);
+}
+
+TEST(ParseArguments, Sweep_TakesAllItsOptions)
+{
+    const auto sweep =
+        Parsed<SweepArguments>({"sweep",     "smear",  "a.png", "--to",      "b.png", "-o",        "s.jpg",
+                                "--steps",   "5",      "-f",    "--width",   "120",   "--preset",  "Gentle",
+                                "--columns", "3",      "--set", "Fog=1",     "--set", "Color=50u", "--format",
+                                "argb8",     "--time", "1.5",   "--quality", "80",    "--library", "x.so"});
+    EXPECT_EQ(sweep.steps, 5);
+    EXPECT_EQ(sweep.columns, 3);
+    EXPECT_EQ(sweep.width, 120);
+    EXPECT_EQ(sweep.preset, "Gentle");
+    EXPECT_EQ(sweep.settings, (Words{"Fog=1", "Color=50u"}));
+    EXPECT_EQ(sweep.format, PF_ARGB8);
+    EXPECT_EQ(sweep.time, 1.5);
+    EXPECT_EQ(sweep.quality, 80);
+    EXPECT_EQ(sweep.overwrite, Overwrite::Yes);
+    EXPECT_EQ(sweep.library, "x.so");
+}
+
+TEST(ParseArguments, Sweep_NumbersOutOfTheirRange_AreRefused)
+{
+    const std::pair<const char*, const char*> bad[] = {
+        {"--steps", "1"},    {"--steps", "1002"}, {"--steps", "2.5"},   {"--columns", "0"},
+        {"--columns", "-1"}, {"--width", "0"},    {"--width", "65536"}, {"--progress", "0.5"},
+    };
+    for (const auto& [option, value] : bad) {
+        EXPECT_EQ(Refusal({"sweep", "1", "a", "--to", "b", "-o", "o", option, value}).code, ExitCode::Usage)
+            << option << " " << value;
+    }
+}
+
 TEST(ParseArguments, Check_TakesItsOptions)
 {
     const auto check = Parsed<CheckArguments>(
@@ -156,12 +207,16 @@ TEST(ParseArguments, Help_HasExamples)
     const TextAnswer help = Refusal({"--help"});
     EXPECT_EQ(help.code, ExitCode::Done);
     for (const char* const word :
-         {"list", "describe", "render", "check", "Examples:", "--preset \"Touch Up\""})
+         {"list", "describe", "render", "sweep", "check", "Examples:", "--preset \"Touch Up\""})
         EXPECT_NE(help.text.find(word), std::string::npos) << word;
     const TextAnswer render = Refusal({"render", "--help"});
     EXPECT_EQ(render.code, ExitCode::Done);
     for (const char* const word : {"Usage: kelmora render ", "--progress", "--set", "#ff8800"})
         EXPECT_NE(render.text.find(word), std::string::npos) << word;
+    const TextAnswer sweep = Refusal({"sweep", "--help"});
+    EXPECT_EQ(sweep.code, ExitCode::Done);
+    for (const char* const word : {"Usage: kelmora sweep ", "--steps", "--columns", "--width", "#ff8800"})
+        EXPECT_NE(sweep.text.find(word), std::string::npos) << word;
 }
 
 TEST(ParseArguments, Version_IsTheProjects)

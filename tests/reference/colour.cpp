@@ -336,12 +336,12 @@ Matrix AdjustMatrix(float contrast, float brightness, float saturation, float hu
     Combine(shift, m, 1);
 
     const double t = 1 - static_cast<double>(factor);
-    const float weights[3] = {static_cast<float>(0.3086 * t), static_cast<float>(0.6094 * t),
-                              static_cast<float>(0.082 * t)};
+    const double weights[3] = {0.3086 * t, 0.6094 * t, 0.082 * t};
     Matrix grey;
     for (int row = 0; row < 3; ++row)
         for (int column = 0; column < 3; ++column)
-            grey.m[row][column] = weights[row] + (row == column ? factor : 0.0f);
+            grey.m[row][column] =
+                static_cast<float>(weights[row] + (row == column ? static_cast<double>(factor) : 0.0));
     Combine(grey, m, 1);
     TurnHue(m, static_cast<double>(degrees));
     return m;

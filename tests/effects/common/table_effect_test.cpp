@@ -60,7 +60,7 @@ void ExpectPresets(IVideoEffect& effect, const PresetRow (&rows)[Count])
         for (std::uint32_t k = 0; k < 2; ++k) {
             ParamValue value = {1, 2, 77};
             EXPECT_TRUE(effect.GetPresetValue(p, k, &value));
-            EXPECT_EQ(WordFloat(value.value), k == 0 ? rows[p].first : rows[p].second);
+            EXPECT_EQ(WordFloat(value.value), rows[p].values[k]);
             EXPECT_EQ(value.valueY, 0u);
             EXPECT_EQ(value.kind, 77u);
         }

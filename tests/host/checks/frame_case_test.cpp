@@ -103,5 +103,12 @@ TEST(IsScene, OnlyTheTwoOfThreeDimensions_Are)
     EXPECT_FALSE(IsScene(102));
 }
 
+TEST(IsCutToSecond, ColorMeltAndSmear_AreNot)
+{
+    EXPECT_FALSE(IsCutToSecond(102));
+    EXPECT_FALSE(IsCutToSecond(104));
+    EXPECT_TRUE(IsCutToSecond(103));
+}
+
 } // namespace
 } // namespace kelmora::host

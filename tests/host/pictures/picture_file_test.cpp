@@ -166,5 +166,45 @@ TEST(ReadPicture, PngCutShort_IsRefused)
     }
 }
 
+std::string SizeRefusal(const std::string& path, std::int64_t width, std::int64_t height)
+{
+    try {
+        CheckPictureSize(path, width, height);
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.Code(), ExitCode::Failed);
+        return failure.what();
+    }
+    return "fits";
+}
+
+TEST(CheckPictureSize, JpegSide_HasSixteenBits)
+{
+    EXPECT_EQ(SizeRefusal("a.jpg", 65535, 1), "fits");
+    EXPECT_EQ(SizeRefusal("a.jpg", 1, 65535), "fits");
+    EXPECT_EQ(SizeRefusal("a.jpg", 65536, 1),
+              "cannot write a.jpg: 65536 x 1 pixels are too many for such a file");
+    EXPECT_NE(SizeRefusal("a.jpeg", 1, 65536), "fits");
+}
+
+TEST(CheckPictureSize, Png_HasAnArea)
+{
+    // 225 million pixels of four bytes.
+    EXPECT_EQ(SizeRefusal("a.png", 225'000'000, 1), "fits");
+    EXPECT_EQ(SizeRefusal("a.png", 15'000, 15'000), "fits");
+    EXPECT_NE(SizeRefusal("a.png", 225'000'001, 1), "fits");
+    EXPECT_NE(SizeRefusal("a.png", 15'000, 15'001), "fits");
+    EXPECT_NE(SizeRefusal("a.png", 1'000'000'000'000, 1'000'000'000'000), "fits");
+}
+
+TEST(WritePicture, JpegWiderThanItsFileCanSay_IsRefused)
+{
+    const TestFolder folder;
+    const std::string path = Utf8(folder.Path() / "wide.jpg");
+    Picture wide{65536, 1, {}};
+    wide.rgba.resize(65536 * Picture::kPixelBytes);
+    EXPECT_THROW(WritePicture(path, wide, Overwrite::No), Failure);
+    EXPECT_FALSE(std::filesystem::exists(folder.Path() / "wide.jpg"));
+}
+
 } // namespace
 } // namespace kelmora::host

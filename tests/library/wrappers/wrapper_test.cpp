@@ -1,13 +1,18 @@
 #include "library/wrappers/wrapper.h"
 
 #include <cstring>
+#include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "library/wrappers/air_brush.h"
+#include "library/wrappers/color_melt.h"
 #include "library/wrappers/detail_enhancer.h"
+#include "library/wrappers/paper_collage.h"
+#include "library/wrappers/water_color.h"
 #include "tests/golden/effect_presets.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/flush_record.h"
@@ -23,9 +28,9 @@ constexpr std::uint32_t kFormats[] = {PF_BGRA8, PF_ARGB8, PF_BGRA32F, PF_ARGB32F
 bool RenderOnce(IVideoEffect& effect, IVideoHost* host, const GuardedPicture& in, GuardedPicture& out,
                 bool halfHeight = false)
 {
-    VideoFrame first = in.Frame(), output = out.Frame();
-    RenderInfo info = MakeInfo(halfHeight ? FieldAtProgress(0.0) : InfoFields{});
-    return effect.Render(host, &first, nullptr, &output, &info);
+    VideoFrame first = in.Frame(), second = in.Frame(), output = out.Frame();
+    RenderInfo info = MakeInfo(halfHeight ? FieldAtProgress(0.4) : AtProgress(0.4));
+    return effect.Render(host, &first, &second, &output, &info);
 }
 
 /// An inner effect that tells what it is given, and asks its host for every kind of knob.
@@ -113,76 +118,225 @@ using CWrapProbe = Wrapper<CProbe, kProbeTables>;
 
 // --- faces ----------------------------------------------------------------------------------------------
 
+/// A knob as the host must see it: a level or, where `colour` is set, a colour.
 struct KnobRow {
     const char* name;
     ParamRect rect;
-    std::uint32_t hostFlag;
+    float initial = 0.5f;
+    float least = 0.0f, most = 100.0f;
+    std::optional<std::uint32_t> hostFlag = {};
+    std::optional<std::uint8_t> angular = {};
+    std::optional<std::uint32_t> colour = {};
 };
 
-void ExpectFace(IVideoEffect& wrapper, const char* name, const std::vector<KnobRow>& knobs,
-                const std::vector<PresetRow>& presets)
+void ExpectKnob(IVideoEffect& effect, std::uint32_t k, const KnobRow& knob)
 {
-    EXPECT_STREQ(wrapper.GetName(), name);
-    EXPECT_EQ(wrapper.GetHelpId(), 961u);
+    SCOPED_TRACE(knob.name);
+    const FlushRecord<ParamInfo> record(0xCC);
+    ASSERT_TRUE(effect.GetParamInfo(k, record.Get()));
+    const ParamInfo info = record.Read();
+    if (knob.colour) {
+        EXPECT_EQ(info.value, *knob.colour);
+        EXPECT_EQ(info.kind, ParamColor);
+        EXPECT_EQ(FloatWord(info.scale.min), 0xCCCCCCCCu);
+    } else {
+        EXPECT_EQ(WordFloat(info.value), knob.initial);
+        EXPECT_EQ(info.kind, ParamFloat);
+        EXPECT_EQ(info.scale.min, knob.least);
+        EXPECT_EQ(info.scale.max, knob.most);
+    }
+    EXPECT_EQ(info.valueY, 0xCCCCCCCCu);
+    EXPECT_EQ(info.scale.hostFlag, knob.hostFlag.value_or(0xCCCCCCCCu));
+    EXPECT_EQ(info.scale.angular, knob.angular.value_or(0xCC));
+    EXPECT_STREQ(info.name, knob.name);
+    EXPECT_EQ(info.rect, knob.rect);
+    EXPECT_EQ(info.shown, 1);
+    EXPECT_EQ(info.reserved[0], 0xCC);
+}
+
+void ExpectPreset(IVideoEffect& effect, std::uint32_t p, const PresetRow& preset,
+                  const std::vector<KnobRow>& knobs)
+{
+    SCOPED_TRACE(preset.name);
+    EXPECT_STREQ(effect.GetPresetName(p), preset.name);
+    for (std::uint32_t k = 0; k < knobs.size(); ++k) {
+        ParamValue value = {1, 2, 77};
+        EXPECT_TRUE(effect.GetPresetValue(p, k, &value));
+        if (knobs[k].colour)
+            EXPECT_EQ(value.value, static_cast<std::uint32_t>(preset.values[k]));
+        else
+            EXPECT_EQ(WordFloat(value.value), preset.values[k]) << k;
+        EXPECT_EQ(value.valueY, 0u);
+        EXPECT_EQ(value.kind, 77u);
+    }
+    ParamValue value = {1, 2, 77};
+    EXPECT_FALSE(effect.GetPresetValue(p, static_cast<std::uint32_t>(knobs.size()), &value));
+    EXPECT_FALSE(effect.GetPresetValue(p, 0, nullptr));
+    EXPECT_EQ(value.value, 1u);
+}
+
+void ExpectFace(IVideoEffect& effect, const char* name, std::uint32_t helpId,
+                const std::vector<KnobRow>& knobs, std::span<const PresetRow> presets)
+{
+    EXPECT_STREQ(effect.GetName(), name);
+    EXPECT_EQ(effect.GetHelpId(), helpId);
     const auto knobCount = static_cast<std::uint32_t>(knobs.size());
     const auto presetCount = static_cast<std::uint32_t>(presets.size());
-    for (std::uint32_t k = 0; k < knobCount; ++k) {
-        const FlushRecord<ParamInfo> record(0xCC);
-        ASSERT_TRUE(wrapper.GetParamInfo(k, record.Get()));
-        const ParamInfo info = record.Read();
-        EXPECT_EQ(WordFloat(info.value), 0.5f);
-        EXPECT_EQ(info.valueY, 0xCCCCCCCCu);
-        EXPECT_EQ(info.kind, ParamFloat);
-        EXPECT_EQ(info.scale.min, 0.0f);
-        EXPECT_EQ(info.scale.max, 100.0f);
-        EXPECT_EQ(info.scale.hostFlag, knobs[k].hostFlag);
-        EXPECT_EQ(info.scale.angular, 0xCC);
-        EXPECT_STREQ(info.name, knobs[k].name);
-        EXPECT_EQ(info.rect, knobs[k].rect);
-        EXPECT_EQ(info.shown, 1);
-        EXPECT_EQ(info.reserved[0], 0xCC);
-    }
+    for (std::uint32_t k = 0; k < knobCount; ++k)
+        ExpectKnob(effect, k, knobs[k]);
     ParamInfo info = {};
-    EXPECT_FALSE(wrapper.GetParamInfo(knobCount, &info));
-    EXPECT_FALSE(wrapper.GetParamInfo(0xFFFFFFFF, &info));
-    for (std::uint32_t p = 0; p < presetCount; ++p) {
-        EXPECT_STREQ(wrapper.GetPresetName(p), presets[p].name);
-        for (std::uint32_t k = 0; k < knobCount; ++k) {
-            ParamValue value = {1, 2, 77};
-            EXPECT_TRUE(wrapper.GetPresetValue(p, k, &value));
-            EXPECT_EQ(WordFloat(value.value), k == 0 ? presets[p].first : presets[p].second);
-            EXPECT_EQ(value.valueY, 0u);
-            EXPECT_EQ(value.kind, 77u);
-        }
-        ParamValue value = {1, 2, 77};
-        EXPECT_FALSE(wrapper.GetPresetValue(p, knobCount, &value));
-        EXPECT_FALSE(wrapper.GetPresetValue(p, 0, nullptr));
-        EXPECT_EQ(value.value, 1u);
-    }
+    EXPECT_FALSE(effect.GetParamInfo(knobCount, &info));
+    EXPECT_FALSE(effect.GetParamInfo(0xFFFFFFFF, &info));
+    for (std::uint32_t p = 0; p < presetCount; ++p)
+        ExpectPreset(effect, p, presets[p], knobs);
     ParamValue value = {};
-    EXPECT_EQ(wrapper.GetPresetName(presetCount), nullptr);
-    EXPECT_EQ(wrapper.GetPresetName(0xFFFFFFFF), nullptr);
-    EXPECT_FALSE(wrapper.GetPresetValue(presetCount, 0, &value));
-    EXPECT_FALSE(wrapper.GetPresetValue(0xFFFFFFFF, 0xFFFFFFFF, &value));
+    EXPECT_EQ(effect.GetPresetName(presetCount), nullptr);
+    EXPECT_EQ(effect.GetPresetName(0xFFFFFFFF), nullptr);
+    EXPECT_FALSE(effect.GetPresetValue(presetCount, 0, &value));
+    EXPECT_FALSE(effect.GetPresetValue(0xFFFFFFFF, 0xFFFFFFFF, &value));
+}
+
+/// A new effect of the class, looked at and let go.
+template <class Effect>
+void ExpectFaceOf(const char* name, std::uint32_t helpId, const std::vector<KnobRow>& knobs,
+                  std::span<const PresetRow> presets)
+{
+    auto* const effect = new Effect;
+    ExpectFace(*effect, name, helpId, knobs, presets);
+    EXPECT_EQ(effect->Release(), 0u);
 }
 
 TEST(Wrapper, AirBrush_ShowsItsOwnTables)
 {
-    auto* const wrapper = new CWrapAirbrush;
-    ExpectFace(*wrapper, "Air Brush", {{"Spray", {0, 0, 198, 30}, 0}, {"Edge", {66, 0, 198, 30}, 0}},
-               {std::begin(kAirBrushPresets), std::end(kAirBrushPresets)});
-    EXPECT_EQ(wrapper->Release(), 0u);
+    ExpectFaceOf<CWrapAirbrush>("Air Brush", 961,
+                                {{.name = "Spray", .rect = {0, 0, 198, 30}, .hostFlag = 0},
+                                 {.name = "Edge", .rect = {66, 0, 198, 30}, .hostFlag = 0}},
+                                kAirBrushPresets);
 }
 
 TEST(Wrapper, DetailEnhancer_ShowsOneKnobAndFourPresets)
 {
+    ExpectFaceOf<CWrapDetailEnhancer>("Detail Enhancer", 961,
+                                      {{.name = "Strength", .rect = {0, 0, 198, 30}, .hostFlag = 1}},
+                                      kWrapDetailEnhancerPresets);
     auto* const wrapper = new CWrapDetailEnhancer;
-    ExpectFace(*wrapper, "Detail Enhancer", {{"Strength", {0, 0, 198, 30}, 1}},
-               {std::begin(kWrapDetailEnhancerPresets), std::end(kWrapDetailEnhancerPresets)});
     ParamValue value = {};
     EXPECT_FALSE(wrapper->GetPresetValue(0, 1, &value));
     EXPECT_FALSE(wrapper->GetPresetValue(4, 0, &value));
     EXPECT_EQ(wrapper->Release(), 0u);
+}
+
+KnobRow TwoSided(const char* name, ParamRect rect, float initial)
+{
+    return {.name = name, .rect = rect, .initial = initial, .least = -100.0f, .hostFlag = 1};
+}
+
+TEST(Wrapper, WaterColor_ShowsItsOwnTables)
+{
+    ExpectFaceOf<CWrapWaterColor>(
+        "Water Color", 961,
+        {TwoSided("Color", {0, 0, 48, 30}, 0.78f),
+         TwoSided("Brightness", {66, 0, 48, 30}, 0.505f),
+         TwoSided("Contrast", {132, 0, 48, 30}, 0.5001f),
+         {.name = "Brush Width",
+          .rect = {0, 90, 48, 30},
+          .initial = 0.955f,
+          .least = 1.0f,
+          .most = 10.0f,
+          .hostFlag = 1},
+         {.name = "Blend", .rect = {66, 90, 48, 30}, .initial = 1.0f, .hostFlag = 1}},
+        kWrapWaterColorPresets);
+}
+
+TEST(Wrapper, WaterColorInside_HasAKnobMore)
+{
+    ExpectFaceOf<CWaterColor>(
+        "Water Color", 961,
+        {TwoSided("Color Shift", {0, 0, 48, 30}, 0.53f),
+         TwoSided("Color", {66, 0, 48, 30}, 0.69f),
+         TwoSided("Brightness", {132, 0, 48, 30}, 0.435f),
+         TwoSided("Contrast", {0, 90, 48, 30}, 0.64f),
+         {.name = "Brush Width",
+          .rect = {66, 90, 48, 30},
+          .initial = 1.0f,
+          .least = 1.0f,
+          .most = 10.0f,
+          .hostFlag = 1},
+         {.name = "Blend", .rect = {132, 90, 48, 30}, .initial = 0.885f, .hostFlag = 1}},
+        kWaterColorPresets);
+}
+
+TEST(Wrapper, ColorMelt_ShowsItsOwnTables)
+{
+    ExpectFaceOf<CWrapColorMelt>(
+        "Color Melt", 962,
+        {{.name = "Soften", .rect = {0, 0, 198, 30}, .initial = 0.565f, .hostFlag = 1},
+         {.name = "Fog", .rect = {66, 0, 198, 30}, .initial = 0.99f, .hostFlag = 1},
+         {.name = "Brightness", .rect = {132, 0, 198, 30}, .initial = 0.54f, .hostFlag = 1},
+         {.name = "Color", .rect = {198, 0, 198, 30}, .initial = 0.24f, .hostFlag = 1}},
+        kWrapColorMeltPresets);
+}
+
+TEST(Wrapper, ColorMeltInside_LeavesTheHostFlagAsItIs)
+{
+    ExpectFaceOf<CColormelt>("Color Melt", 962,
+                             {{.name = "Soften", .rect = {0, 0, 198, 30}, .initial = 0.34f},
+                              {.name = "Fog", .rect = {66, 0, 198, 30}, .initial = 0.99f},
+                              {.name = "Brightness", .rect = {132, 0, 198, 30}, .initial = 0.54f},
+                              {.name = "Color", .rect = {0, 100, 198, 30}, .initial = 0.24f},
+                              {.name = "Tempo", .rect = {66, 100, 198, 30}, .initial = 0.0f},
+                              {.name = "Cross Fade", .rect = {132, 100, 198, 30}, .initial = 0.34f}},
+                             kColorMeltPresets);
+}
+
+KnobRow Dial(const char* name, ParamRect rect, float initial)
+{
+    return {.name = name, .rect = rect, .initial = initial, .hostFlag = 1};
+}
+
+TEST(Wrapper, PaperCollage_ShowsItsOwnTables)
+{
+    ExpectFaceOf<CWrapPaperCollage>("Paper Collage", 962,
+                                    {Dial("Rounding", {0, 0, 48, 30}, 0.39f),
+                                     {.name = "Layers",
+                                      .rect = {66, 0, 48, 30},
+                                      .initial = 0.87f,
+                                      .least = 2.0f,
+                                      .most = 8.0f,
+                                      .hostFlag = 0},
+                                     Dial("Shadow", {132, 0, 48, 30}, 0.76f),
+                                     {.name = "Angle",
+                                      .rect = {198, 0, 48, 30},
+                                      .initial = 0.76f,
+                                      .most = 360.0f,
+                                      .hostFlag = 1,
+                                      .angular = std::uint8_t{1}},
+                                     {.name = "Foreground", .rect = {0, 90, 48, 30}, .colour = 0x44FEFE},
+                                     {.name = "Background", .rect = {66, 90, 48, 30}, .colour = 0x400080},
+                                     Dial("Blend Colors", {132, 90, 48, 30}, 1.0f)},
+                                    kWrapPaperCollagePresets);
+}
+
+TEST(Wrapper, PaperCollageInside_HasTenKnobs)
+{
+    ExpectFaceOf<CEmbossedPaperBlend>(
+        "Paper Collage", 962,
+        {Dial("Rounding", {0, 0, 48, 30}, 0.39f),
+         {.name = "Layers",
+          .rect = {66, 0, 48, 30},
+          .initial = 0.87f,
+          .least = 2.0f,
+          .most = 8.0f,
+          .hostFlag = 0},
+         {.name = "Balance", .rect = {132, 0, 48, 30}, .initial = 0.815f, .least = -100.0f, .hostFlag = 0},
+         {.name = "Foreground", .rect = {0, 90, 48, 30}, .colour = 0x44FEFE},
+         {.name = "Background", .rect = {66, 90, 48, 30}, .colour = 0x400080},
+         Dial("Blend Colors", {132, 90, 48, 30}, 1.0f),
+         Dial("Shadow", {0, 180, 48, 30}, 0.66f),
+         {.name = "Angle", .rect = {66, 180, 48, 30}, .initial = 0.415f, .most = 360.0f, .hostFlag = 1},
+         Dial("Tempo", {132, 180, 48, 30}, 0.0f),
+         Dial("Cross Fade", {198, 180, 48, 30}, 1.0f)},
+        kPaperCollagePresets);
 }
 
 // --- interfaces -------------------------------------------------------------------------------------------
@@ -422,10 +576,19 @@ void ComparePictures(const std::vector<ParamValue>& hostKnobs, const std::vector
         }
 }
 
+/// The values of a preset as a host's knobs.
+std::vector<ParamValue> LevelKnobs(const std::vector<float>& values)
+{
+    std::vector<ParamValue> knobs;
+    for (const float value : values)
+        knobs.push_back(LevelKnob(value));
+    return knobs;
+}
+
 TEST(Wrapper, AirBrush_GivesTheInnerEffectsPictures)
 {
     for (const PresetRow& preset : kAirBrushPresets) {
-        const std::vector<ParamValue> knobs = {LevelKnob(preset.first), LevelKnob(preset.second)};
+        const std::vector<ParamValue> knobs = LevelKnobs(ValuesOf(preset, 2));
         ComparePictures<CWrapAirbrush, CAirbrush>(knobs, knobs);
     }
 }
@@ -433,8 +596,79 @@ TEST(Wrapper, AirBrush_GivesTheInnerEffectsPictures)
 TEST(Wrapper, DetailEnhancer_GivesTheInnerEffectsPicturesAtItsFixedDefinition)
 {
     for (const PresetRow& preset : kWrapDetailEnhancerPresets)
-        ComparePictures<CWrapDetailEnhancer, CUnsharpMask>({LevelKnob(preset.first)},
-                                                           {LevelKnob(0.065f), LevelKnob(preset.first)});
+        ComparePictures<CWrapDetailEnhancer, CUnsharpMask>({LevelKnob(preset.values[0])},
+                                                           LevelKnobs({0.065f, preset.values[0]}));
+}
+
+TEST(Wrapper, WaterColor_GivesTheInnerEffectsPicturesWithoutAShift)
+{
+    for (const PresetRow& preset : kWrapWaterColorPresets) {
+        const std::vector<float> v = ValuesOf(preset, 5);
+        ComparePictures<CWrapWaterColor, CWaterColor>(LevelKnobs(v),
+                                                      LevelKnobs({0.5001f, v[0], v[1], v[2], v[3], v[4]}));
+    }
+}
+
+TEST(Wrapper, ColorMelt_GivesTheInnerEffectsPicturesAtItsFixedTempoAndCrossFade)
+{
+    for (const PresetRow& preset : kWrapColorMeltPresets) {
+        const std::vector<float> v = ValuesOf(preset, 4);
+        ComparePictures<CWrapColorMelt, CColormelt>(LevelKnobs(v),
+                                                    LevelKnobs({v[0], v[1], v[2], v[3], 0.675f, 0.63f}));
+    }
+}
+
+TEST(Wrapper, PaperCollage_GivesTheInnerEffectsPicturesAtItsFixedBalanceTempoAndCrossFade)
+{
+    for (const PresetRow& preset : kWrapPaperCollagePresets) {
+        const float* const v = preset.values;
+        const ParamValue foreground = ColorKnob(static_cast<std::uint32_t>(v[4]));
+        const ParamValue background = ColorKnob(static_cast<std::uint32_t>(v[5]));
+        ComparePictures<CWrapPaperCollage, CEmbossedPaperBlend>(
+            {LevelKnob(v[0]), LevelKnob(v[1]), LevelKnob(v[2]), LevelKnob(v[3]), foreground, background,
+             LevelKnob(v[6])},
+            {LevelKnob(v[0]), LevelKnob(v[1]), LevelKnob(0.495f), foreground, background, LevelKnob(v[6]),
+             LevelKnob(v[2]), LevelKnob(v[3]), LevelKnob(0.32f), LevelKnob(0.725f)});
+    }
+}
+
+/// The host's knobs that a wrapper asks for while it renders.
+template <class Wrapped>
+std::vector<KnobRead> ReadsOf(const std::vector<ParamValue>& knobs)
+{
+    FakeHost host(knobs);
+    auto* const wrapper = new Wrapped;
+    const GuardedPicture in(8, 8, PF_BGRA8);
+    GuardedPicture out(8, 8, PF_BGRA8);
+    EXPECT_TRUE(RenderOnce(*wrapper, &host, in, out));
+    EXPECT_EQ(wrapper->Release(), 0u);
+    return host.Reads();
+}
+
+TEST(Wrapper, WaterColor_AsksTheHostInTheInnerEffectsOrder)
+{
+    EXPECT_EQ(ReadsOf<CWrapWaterColor>(LevelKnobs({0.5f, 0.5f, 0.5f, 0.5f, 0.5f})),
+              (std::vector<KnobRead>{
+                  {3, ParamFloat}, {2, ParamFloat}, {1, ParamFloat}, {0, ParamFloat}, {4, ParamFloat}}));
+}
+
+TEST(Wrapper, ColorMelt_AsksTheHostForItsFourKnobs)
+{
+    EXPECT_EQ(ReadsOf<CWrapColorMelt>(LevelKnobs({0.5f, 0.5f, 0.5f, 0.5f})),
+              (std::vector<KnobRead>{{0, ParamFloat}, {1, ParamFloat}, {2, ParamFloat}, {3, ParamFloat}}));
+}
+
+TEST(Wrapper, PaperCollage_AsksTheHostInTheInnerEffectsOrder)
+{
+    EXPECT_EQ(ReadsOf<CWrapPaperCollage>({LevelKnob(0.5f), LevelKnob(0.5f), LevelKnob(0.5f), LevelKnob(0.5f),
+                                          ColorKnob(1), ColorKnob(2), LevelKnob(0.5f)}),
+              (std::vector<KnobRead>{{0, ParamFloat},
+                                     {1, ParamFloat},
+                                     {4, ParamColor},
+                                     {5, ParamColor},
+                                     {2, ParamFloat},
+                                     {6, ParamFloat},
+                                     {3, ParamFloat}}));
 }
 
 TEST(Wrapper, DetailEnhancer_AsksTheHostForStrengthAlone)

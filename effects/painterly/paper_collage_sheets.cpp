@@ -1,9 +1,9 @@
-#include "effects/painterly/paper_sheets.h"
+#include "effects/painterly/paper_collage_sheets.h"
 
 #include <algorithm>
 #include <cstring>
 
-#include "effects/painterly/paper_kernels.h"
+#include "effects/painterly/paper_collage_kernels.h"
 #include "image/primitives/detail/variant_table.h"
 
 KELMORA_VARIANT_TABLE(PaperKernels, kPaperKernels, PaperKernelsFor)
@@ -140,8 +140,9 @@ void PaperSheets::Lay(FrameBuffer& canvas, const PaperLook& look)
         LayShadow(canvas, i, look.shadow, shadows[static_cast<std::size_t>(i)]);
 }
 
-/// One row of the mask picture with the shifted mask in it. Where that does not reach, the sheet below it is
-/// still there, and beyond the picture what was left of the last shadow.
+/// One row of the mask picture with the shifted mask in it.
+// Kept: where that does not reach, the sheet below it is still there, and beyond the picture what was left of the
+// last shadow. So a dark band runs along the two edges that shadows fall away from.
 void PaperSheets::MakeShadowRow(std::uint8_t* row, int y, int sheet, Offset shadow) const
 {
     const int width = m_size.width, margin = m_margin;

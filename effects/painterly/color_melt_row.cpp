@@ -1,4 +1,4 @@
-#include "effects/painterly/melt_row.h"
+#include "effects/painterly/color_melt_row.h"
 
 #include <algorithm>
 #include <cmath>

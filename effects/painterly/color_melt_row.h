@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdint>
 
-#include "effects/painterly/melt_kernels.h"
+#include "effects/painterly/color_melt_kernels.h"
 
 namespace kelmora {
 

@@ -1,7 +1,7 @@
 // The melt's rows, compiled once per instruction set: see detail/simd.h for what that forbids.
 
+#include "effects/painterly/color_melt_kernels.h"
 #include "effects/painterly/edge_lift_pixels.h"
-#include "effects/painterly/melt_kernels.h"
 
 namespace kelmora::KELMORA_VARIANT {
 namespace {

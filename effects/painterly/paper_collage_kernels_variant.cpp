@@ -1,6 +1,6 @@
 // The rows of Paper Collage, compiled once per instruction set: see detail/simd.h for what that forbids.
 
-#include "effects/painterly/paper_kernels.h"
+#include "effects/painterly/paper_collage_kernels.h"
 #include "image/primitives/detail/simd.h"
 
 namespace kelmora::KELMORA_VARIANT {
