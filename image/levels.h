@@ -31,7 +31,9 @@ constexpr Real ClampLevel(Real value)
 /// A level as a byte, to nearest.
 constexpr std::uint8_t ByteOf(float level)
 {
-    return static_cast<std::uint8_t>(static_cast<int>(ClampLevel(static_cast<double>(level)) * 255.0 + 0.5));
+    const double half =
+        ClampLevel(static_cast<double>(level)) * 255.0 + 0.5; // truncation makes it the nearest
+    return static_cast<std::uint8_t>(static_cast<int>(half));
 }
 
 } // namespace kelmora
