@@ -156,6 +156,20 @@ public:
     bool RGB24ToYCbCr422(const FrameBuffer& src, FrameBuffer& dst);
     bool YCbCr422ToRGB24(const FrameBuffer& src, FrameBuffer& dst);
 
+    // --- geometry ---------------------------------------------------------------------------------------
+
+    /// Resizes the rectangle of `src` from (srcLeft, srcTop) to (srcRight, srcBottom), both of these beyond its
+    /// last pixel, into such a one of `dst`; see primitives/resize.h.
+    ///
+    /// quality         0 nearest, 1 linear, 2 cubic, 3 Lanczos, any other linear
+    /// xFactor, ...    sizes of the result over those of the source; 0 for those of the rectangles
+    ///
+    /// False where pixelBytes differ, a rectangle is empty or reaches out of its picture.
+    // Kept: formats other than 0, 1, 3, 4, Mask32F and planes of bytes do nothing and give true.
+    bool ResizeRect(const FrameBuffer& src, FrameBuffer& dst, int srcLeft, int srcTop, int srcRight,
+                    int srcBottom, int dstLeft, int dstTop, int dstRight, int dstBottom, int quality,
+                    double xFactor, double yFactor);
+
     // --- colour matrices --------------------------------------------------------------------------------
 
     /// With `order`: m = a * m, otherwise m = m * a. Rows 0 to 4 and columns 0 to 3 of the product; column 4

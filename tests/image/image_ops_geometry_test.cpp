@@ -1,0 +1,299 @@
+#include <array>
+#include <climits>
+#include <cmath>
+#include <limits>
+
+#include <gtest/gtest.h>
+
+#include "image/image_ops.h"
+#include "tests/image/bad_views.h"
+#include "tests/image/buffers.h"
+#include "tests/reference/copies.h"
+#include "tests/reference/picture.h"
+#include "tests/reference/resize.h"
+
+namespace kelmora {
+namespace {
+
+using reference::Picture;
+
+struct Rect {
+    int left, top, right, bottom;
+
+    int Width() const { return right - left; }
+    int Height() const { return bottom - top; }
+};
+
+bool ResizeRect(const FrameBuffer& src, const Rect& from, FrameBuffer& dst, const Rect& to, int quality,
+                double xFactor = 0.0, double yFactor = 0.0)
+{
+    return ImageOps().ResizeRect(src, dst, from.left, from.top, from.right, from.bottom, to.left, to.top,
+                                 to.right, to.bottom, quality, xFactor, yFactor);
+}
+
+bool ResizeRect(const GuardedPicture& src, const Rect& from, const GuardedPicture& dst, const Rect& to,
+                int quality, double xFactor = 0.0, double yFactor = 0.0)
+{
+    FrameBuffer view = ViewOf(dst);
+    return ResizeRect(ViewOf(src), from, view, to, quality, xFactor, yFactor);
+}
+
+int CodeOf(int quality)
+{
+    switch (quality) {
+    case 0:
+        return reference::kNearest;
+    case 2:
+        return reference::kCubic;
+    case 3:
+        return reference::kLanczos;
+    default:
+        return reference::kLinear;
+    }
+}
+
+Picture Cut(const Picture& picture, const Rect& rect)
+{
+    Picture part(rect.Width(), rect.Height(), picture.format);
+    reference::CopyRect(picture, rect.left, rect.top, rect.Width(), rect.Height(), part, 0, 0);
+    return part;
+}
+
+/// The rectangle as a picture by itself, resized into a picture of the other rectangle's size.
+Picture Expected(const GuardedPicture& src, const Rect& from, const GuardedPicture& dst, const Rect& to,
+                 int quality, double xFactor = 0.0, double yFactor = 0.0)
+{
+    if (xFactor == 0.0)
+        xFactor = static_cast<double>(to.Width()) / from.Width();
+    if (yFactor == 0.0)
+        yFactor = static_cast<double>(to.Height()) / from.Height();
+    const Picture whole = reference::Read(src);
+    Picture result = reference::Read(dst);
+    Picture part = Cut(result, to);
+    reference::Resize(Cut(whole, from), {0, 0, from.Width(), from.Height()}, part, xFactor, yFactor,
+                      CodeOf(quality));
+    reference::CopyRect(part, 0, 0, to.Width(), to.Height(), result, to.left, to.top);
+    return result;
+}
+
+/// Bytes round to nearest; linear and nearest ones are exact. Floats: see the primitive's test.
+double ToleranceOf(std::uint32_t format, int quality)
+{
+    if (IsFloatFormat(format))
+        return CodeOf(quality) == reference::kNearest ? 0.0 : 24 * std::ldexp(1.0, -24);
+    return quality == 2 || quality == 3 ? 0.502 : 0.0;
+}
+
+void CheckAgainstPlain(std::uint32_t format, const Rect& from, const Rect& to, int quality,
+                       double xFactor = 0.0, double yFactor = 0.0, const PictureLayout& layout = {})
+{
+    if (testing::Test::HasFatalFailure())
+        return; // one message is enough
+    GuardedPicture src(30, 25, format, layout), dst(40, 35, format, layout);
+    src.FillNoise(1);
+    src.Freeze();
+    dst.FillNoise(2);
+    const Picture expected = Expected(src, from, dst, to, quality, xFactor, yFactor);
+    ASSERT_TRUE(ResizeRect(src, from, dst, to, quality, xFactor, yFactor));
+    ASSERT_TRUE(reference::Matches(dst, expected, 0.0, ToleranceOf(format, quality)))
+        << "format " << format << ", quality " << quality << ", " << from.Width() << " x " << from.Height()
+        << " to " << to.Width() << " x " << to.Height();
+    src.Check();
+    dst.Check();
+}
+
+constexpr Rect kWhole = {0, 0, 30, 25};
+
+TEST(ResizeRect, EveryServedFormatAndQuality_ResizesTheRectangleAlone)
+{
+    for (const std::uint32_t format : kServedFormats)
+        for (const int quality : {0, 1, 2, 3})
+            for (const Rect& from : {kWhole,
+                                     Rect{3, 2, 20, 14},
+                                     {29, 24, 30, 25},
+                                     {5, 4, 12, 20},
+                                     {10, 10, 13, 22},
+                                     {0, 7, 1, 25}})
+                for (const Rect& to : {Rect{0, 0, 40, 35}, {7, 5, 21, 11}, {39, 34, 40, 35}, {1, 30, 40, 33}})
+                    for (const int slack : {0, 5})
+                        CheckAgainstPlain(format, from, to, quality, 0.0, 0.0,
+                                          {.slack = slack, .shift = slack});
+}
+
+TEST(ResizeRect, OtherQualities_AreLinear)
+{
+    for (const int quality : {4, 8, 16, -1, INT_MIN, INT_MAX})
+        CheckAgainstPlain(PF_BGRA8, kWhole, {2, 3, 38, 20}, quality);
+}
+
+TEST(ResizeRect, HandComputedRow_ComesOut)
+{
+    // The rectangle {0, 100} of two rows; what lies around it would show at once.
+    GuardedPicture src(4, 4, PF_Mask8), dst(6, 4, PF_Mask8);
+    src.FillBytes(255);
+    for (const int y : {1, 2}) {
+        src.SetByte(1, y, 0, 0);
+        src.SetByte(2, y, 0, 100);
+    }
+    dst.FillBytes(9);
+    ASSERT_TRUE(ResizeRect(src, {1, 1, 3, 3}, dst, {1, 1, 5, 3}, 1));
+    const int expected[6] = {9, 0, 33, 67, 100, 9};
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 6; ++x)
+            EXPECT_EQ(dst.Byte(x, y), y == 1 || y == 2 ? expected[x] : 9) << x << ", " << y;
+}
+
+TEST(ResizeRect, SmallRectangleOfALargePicture_LowersTheCode)
+{
+    // One pixel wide: nearest, so no value between the two.
+    GuardedPicture src(30, 25, PF_Mask8), dst(3, 4, PF_Mask8);
+    src.SetByte(8, 5, 0, 10);
+    src.SetByte(8, 6, 0, 20);
+    ASSERT_TRUE(ResizeRect(src, {8, 5, 9, 7}, dst, {0, 0, 3, 4}, 3));
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 3; ++x)
+            EXPECT_EQ(dst.Byte(x, y), y < 2 ? 10 : 20);
+}
+
+TEST(ResizeRect, GivenFactors_DecideInsteadOfTheRectangles)
+{
+    for (const std::uint32_t format : kServedFormats)
+        for (const int quality : {0, 1, 2, 3}) {
+            CheckAgainstPlain(format, kWhole, {3, 4, 38, 33}, quality, 0.5, 0.7);  // a smaller result
+            CheckAgainstPlain(format, kWhole, {3, 4, 20, 21}, quality, 1.3, 1.9);  // cut to the rectangle
+            CheckAgainstPlain(format, kWhole, {3, 4, 38, 33}, quality, 0.5, 0.0);  // one of them
+            CheckAgainstPlain(format, kWhole, {3, 4, 38, 33}, quality, 0.0, 0.25); // the other
+        }
+}
+
+TEST(ResizeRect, SameSize_CopiesExactly)
+{
+    for (const std::uint32_t format : kServedFormats)
+        for (const int quality : {0, 1, 2, 3}) {
+            GuardedPicture src(30, 25, format), dst(40, 35, format);
+            src.FillNoise(1);
+            dst.FillNoise(2);
+            Picture expected = reference::Read(dst);
+            reference::CopyRect(reference::Read(src), 3, 4, 20, 19, expected, 11, 7);
+            ASSERT_TRUE(ResizeRect(src, {3, 4, 23, 23}, dst, {11, 7, 31, 26}, quality));
+            EXPECT_TRUE(reference::Matches(dst, expected)) << "format " << format << ", quality " << quality;
+        }
+}
+
+TEST(ResizeRect, UnknownFormatOfOneByte_IsAPlaneOfBytes)
+{
+    GuardedPicture src(2, 2, 1, 77), dst(4, 2, 1, 77);
+    for (int y = 0; y < 2; ++y)
+        src.SetByte(1, y, 0, 100);
+    ASSERT_TRUE(ResizeRect(src, {0, 0, 2, 2}, dst, {0, 0, 4, 2}, 1));
+    const int expected[4] = {0, 33, 67, 100};
+    for (int x = 0; x < 4; ++x)
+        EXPECT_EQ(dst.Byte(x, 1), expected[x]);
+}
+
+TEST(ResizeRect, Kept_FormatsNotServed_AreTrueAndWriteNothing)
+{
+    struct {
+        int pixelBytes;
+        std::uint32_t format;
+    } const strangers[] = {{4, PF_Packed8}, {4, 5},  {4, 77}, {16, PF_Mask32F}, {16, PF_BGRA8},
+                           {4, PF_BGRA32F}, {16, 2}, {4, 6},  {2, 77},          {3, PF_BGRA8}};
+    for (const auto& stranger : strangers) {
+        GuardedPicture src(5, 5, stranger.pixelBytes, stranger.format),
+            dst(7, 7, stranger.pixelBytes, stranger.format);
+        src.FillBytes(200);
+        dst.FillBytes(9);
+        dst.Freeze();
+        for (const int quality : {0, 1, 2, 3})
+            EXPECT_TRUE(ResizeRect(src, {0, 0, 5, 5}, dst, {0, 0, 7, 7}, quality))
+                << stranger.format << ", " << stranger.pixelBytes << " bytes";
+        dst.Check();
+    }
+}
+
+TEST(ResizeRect, DifferentPixelBytes_AreFalse)
+{
+    for (const auto& formats : {std::array{PF_BGRA8, PF_BGRA32F},
+                                {PF_BGRA32F, PF_BGRA8},
+                                {PF_Mask8, PF_BGRA8},
+                                {PF_BGRA8, PF_Mask8},
+                                {PF_Mask8, PF_Mask32F},
+                                {PF_BGRA32F, PF_Mask32F}}) {
+        GuardedPicture src(5, 5, formats[0]), dst(7, 7, formats[1]);
+        dst.FillNoise(1);
+        dst.Freeze();
+        EXPECT_FALSE(ResizeRect(src, {0, 0, 5, 5}, dst, {0, 0, 7, 7}, 1));
+        dst.Check();
+    }
+}
+
+TEST(ResizeRect, RectanglesThatAreEmptyOrReachOut_AreFalse)
+{
+    const Rect bad[] = {{-1, 0, 5, 5},
+                        {0, -1, 5, 5},
+                        {0, 0, 8, 5},
+                        {0, 0, 5, 8},
+                        {3, 0, 3, 5},
+                        {0, 3, 5, 3},
+                        {4, 0, 3, 5},
+                        {0, 4, 5, 3},
+                        {7, 0, 8, 5},
+                        {0, 7, 5, 8},
+                        {INT_MIN, 0, 5, 5},
+                        {0, INT_MIN, 5, 5},
+                        {0, 0, INT_MAX, 5},
+                        {0, 0, 5, INT_MAX},
+                        {INT_MIN, INT_MIN, INT_MAX, INT_MAX},
+                        {INT_MAX, 0, INT_MIN, 5},
+                        {0, INT_MAX, 5, INT_MIN},
+                        {1, 0, INT_MIN, 5}};
+    for (const std::uint32_t format : kServedFormats) {
+        GuardedPicture src(7, 7, format), dst(7, 7, format);
+        dst.FillNoise(1);
+        dst.Freeze();
+        for (const Rect& rect : bad)
+            for (const double factor : {0.0, 1.0}) {
+                EXPECT_FALSE(ResizeRect(src, rect, dst, {0, 0, 5, 5}, 1, factor, factor))
+                    << rect.left << ", " << rect.top << ", " << rect.right << ", " << rect.bottom;
+                EXPECT_FALSE(ResizeRect(src, {0, 0, 5, 5}, dst, rect, 1, factor, factor))
+                    << rect.left << ", " << rect.top << ", " << rect.right << ", " << rect.bottom;
+            }
+        dst.Check();
+    }
+}
+
+TEST(ResizeRect, FactorsThatGiveNothing_AreFalse)
+{
+    for (const std::uint32_t format : kServedFormats) {
+        GuardedPicture src(7, 7, format), dst(7, 7, format);
+        dst.FillNoise(1);
+        dst.Freeze();
+        for (const double factor : {-1.0, -1e-300, 1e-300, 0.05, std::numeric_limits<double>::quiet_NaN()})
+            for (const int quality : {0, 1, 2, 3}) {
+                EXPECT_FALSE(ResizeRect(src, {0, 0, 7, 7}, dst, {0, 0, 7, 7}, quality, factor, 1.0))
+                    << factor;
+                EXPECT_FALSE(ResizeRect(src, {0, 0, 7, 7}, dst, {0, 0, 7, 7}, quality, 1.0, factor))
+                    << factor;
+            }
+        // 7 pixels to 1 is a seventh and fine.
+        dst.Thaw();
+        EXPECT_TRUE(ResizeRect(src, {0, 0, 7, 7}, dst, {0, 0, 1, 1}, 1));
+    }
+}
+
+TEST(ResizeRect, NoPicture_IsFalse)
+{
+    GuardedPicture src(5, 5, PF_BGRA8), dst(5, 5, PF_BGRA8);
+    dst.FillNoise(1);
+    dst.Freeze();
+    FrameBuffer to = ViewOf(dst);
+    for (int kind = 0; kind < kBadViews; ++kind) {
+        FrameBuffer bad = BadView(dst, kind);
+        EXPECT_FALSE(ResizeRect(bad, {0, 0, 5, 5}, to, {0, 0, 5, 5}, 1)) << kind;
+        EXPECT_FALSE(ResizeRect(ViewOf(src), {0, 0, 5, 5}, bad, {0, 0, 5, 5}, 1)) << kind;
+    }
+    dst.Check();
+}
+
+} // namespace
+} // namespace kelmora
