@@ -1,7 +1,6 @@
 #include "effects/painterly/color_melt.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "effects/common/knob_reader.h"
 #include "effects/painterly/color_melt_plan.h"

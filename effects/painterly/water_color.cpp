@@ -30,7 +30,7 @@ Knobs ReadKnobs(IVideoHost& host)
     return knobs;
 }
 
-/// A BGRA8 picture of the same size with the contents of `from`; zeros where it cannot be filled.
+/// A new BGRA8 picture of `size` with the contents of `from`, which is as large or larger.
 bool Take(FrameBuffer& canvas, const FrameBuffer& from, Size size, MemoryAllocator& allocator)
 {
     ImageOps ops;

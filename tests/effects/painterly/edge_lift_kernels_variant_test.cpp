@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "effects/painterly/edge_lift.h"
+#include "tests/effects/painterly/edge_pixel.h"
 #include "tests/reference/air_brush.h"
 #include "tests/support/pictures.h"
 
@@ -41,16 +42,10 @@ void ComparePixel(const GuardedPicture& picture, const GuardedPicture& blurred, 
 {
     const std::uint32_t format = picture.Format();
     const bool floats = IsFloatFormat(format);
-    const auto read = [&](const GuardedPicture& from) {
-        const auto value = [&](int colour) {
-            const auto place = PlaceOfColour(format, colour);
-            return floats ? static_cast<double>(from.Float(x, y, place)) : from.Byte(x, y, place);
-        };
-        return reference::EdgePixel{value(0), value(1), value(2), value(3)};
-    };
-    const reference::EdgePixel expected = floats ? reference::LiftFloat(read(picture), read(blurred), edge)
-                                                 : reference::LiftByte(read(picture), read(blurred), edge);
-    const reference::EdgePixel is = read(result);
+    const reference::EdgePixel expected = floats
+        ? reference::LiftFloat(EdgePixelAt(picture, x, y), EdgePixelAt(blurred, x, y), edge)
+        : reference::LiftByte(EdgePixelAt(picture, x, y), EdgePixelAt(blurred, x, y), edge);
+    const reference::EdgePixel is = EdgePixelAt(result, x, y);
     const auto same = [](double a, double b) { return a == b || (std::isnan(a) && std::isnan(b)); };
     ASSERT_TRUE(same(is.blue, expected.blue) && same(is.green, expected.green) && same(is.red, expected.red)
                 && is.alpha == expected.alpha)

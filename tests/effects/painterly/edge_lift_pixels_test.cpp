@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "effects/painterly/edge_lift.h"
+#include "tests/effects/painterly/edge_pixel.h"
 #include "tests/reference/color_melt.h"
 #include "tests/support/pictures.h"
 
@@ -42,16 +43,10 @@ void ComparePixel(const GuardedPicture& picture, const GuardedPicture& blurred, 
 {
     const std::uint32_t format = picture.Format();
     const bool floats = IsFloatFormat(format);
-    const auto read = [&](const GuardedPicture& from) {
-        const auto value = [&](int colour) {
-            const auto place = PlaceOfColour(format, colour);
-            return floats ? static_cast<double>(from.Float(x, y, place)) : from.Byte(x, y, place);
-        };
-        return reference::EdgePixel{value(0), value(1), value(2), value(3)};
-    };
-    const reference::EdgePixel expected = floats ? reference::LiftAllFloat(read(picture), read(blurred), fog)
-                                                 : reference::LiftAllByte(read(picture), read(blurred), fog);
-    const reference::EdgePixel is = read(result);
+    const reference::EdgePixel expected = floats
+        ? reference::LiftAllFloat(EdgePixelAt(picture, x, y), EdgePixelAt(blurred, x, y), fog)
+        : reference::LiftAllByte(EdgePixelAt(picture, x, y), EdgePixelAt(blurred, x, y), fog);
+    const reference::EdgePixel is = EdgePixelAt(result, x, y);
     ASSERT_TRUE(is.blue == expected.blue && is.green == expected.green && is.red == expected.red
                 && is.alpha == expected.alpha)
         << FormatName(format) << " fog " << fog << " at (" << x << ", " << y << "): " << is.blue << " "
