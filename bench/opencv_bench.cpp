@@ -51,6 +51,39 @@ void WeightedSum(benchmark::State& state, std::uint32_t format)
     Measure(state, kWidth, kHeight, [&] { cv::addWeighted(a, 0.3, b, 0.7, 0, out); });
 }
 
+void Affine(benchmark::State& state, std::uint32_t format, const Move& move)
+{
+    Frame picture(kWidth, kHeight, format, Content::Scene), result(kWidth, kHeight, format);
+    const cv::Mat src = MatOf(picture);
+    cv::Mat dst = MatOf(result);
+    const cv::Matx23d map(&move.rows[0][0]);
+    Measure(state, kWidth, kHeight,
+            [&] { cv::warpAffine(src, dst, map, dst.size(), cv::INTER_LINEAR, cv::BORDER_TRANSPARENT); });
+}
+
+void Perspective(benchmark::State& state, std::uint32_t format)
+{
+    Frame picture(kWidth, kHeight, format, Content::Scene), result(kWidth, kHeight, format);
+    const cv::Mat src = MatOf(picture);
+    cv::Mat dst = MatOf(result);
+    const cv::Point2f from[] = {{0, 0}, {kWidth - 1, 0}, {kWidth - 1, kHeight - 1}, {0, kHeight - 1}};
+    cv::Point2f to[4];
+    for (int i = 0; i < 4; ++i)
+        to[i] = {static_cast<float>(kQuad[i][0]), static_cast<float>(kQuad[i][1])};
+    const cv::Mat map = cv::getPerspectiveTransform(from, to);
+    Measure(state, kWidth, kHeight, [&] {
+        cv::warpPerspective(src, dst, map, dst.size(), cv::INTER_LINEAR, cv::BORDER_TRANSPARENT);
+    });
+}
+
+void CubicResize(benchmark::State& state, std::uint32_t format)
+{
+    Frame picture(kSmallWidth, kSmallHeight, format, Content::Scene), result(kWidth, kHeight, format);
+    const cv::Mat src = MatOf(picture);
+    cv::Mat dst = MatOf(result);
+    Measure(state, kWidth, kHeight, [&] { cv::resize(src, dst, dst.size(), 0, 0, cv::INTER_CUBIC); });
+}
+
 const bool g_registered = [] {
     constexpr std::initializer_list<std::int64_t> none = {};
     const char* const maker = "OpenCV";
@@ -66,6 +99,17 @@ const bool g_registered = [] {
                       [](benchmark::State& state) { WeightedSum(state, PF_BGRA8); });
     RegisterOperation("Weighted sum bgra32f", maker, none,
                       [](benchmark::State& state) { WeightedSum(state, PF_BGRA32F); });
+    for (const PictureKind& kind : kPictureKinds) {
+        const auto named = [&kind](const char* name) { return std::string(name) + " " + kind.name; };
+        const std::uint32_t format = kind.format;
+        for (const Move& move : kMoves)
+            RegisterOperation(named(move.name).c_str(), maker, none,
+                              [format, &move](benchmark::State& state) { Affine(state, format, move); });
+        RegisterOperation(named("Perspective").c_str(), maker, none,
+                          [format](benchmark::State& state) { Perspective(state, format); });
+        RegisterOperation(named("Cubic resize").c_str(), maker, none,
+                          [format](benchmark::State& state) { CubicResize(state, format); });
+    }
     return true;
 }();
 

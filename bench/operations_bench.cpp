@@ -4,6 +4,7 @@
 #include "image/image_ops.h"
 #include "image/primitives/median.h"
 #include "image/primitives/pad.h"
+#include "image/primitives/warp.h"
 
 namespace kelmora::bench {
 namespace {
@@ -54,6 +55,48 @@ void WeightedSum(benchmark::State& state, std::uint32_t format)
     Measure(state, kWidth, kHeight, [&] { ops.AddWeighted(a, b, out, 0.3f, 0.7f); });
 }
 
+constexpr PxRect kWhole = {0, 0, kWidth, kHeight};
+
+void Affine(benchmark::State& state, std::uint32_t format, const Move& move)
+{
+    Frame picture(kWidth, kHeight, format, Content::Scene), result(kWidth, kHeight, format);
+    const int step = picture.Record().stride;
+    const auto run = [&](auto warp, const auto* src, auto* dst) {
+        Measure(state, kWidth, kHeight,
+                [&] { warp(src, kWidth, kHeight, step, kWhole, dst, step, kWhole, move.rows, pxLinear); });
+    };
+    std::uint8_t *const src = picture.Bytes().data(), *const dst = result.Bytes().data();
+    if (format == PF_BGRA8)
+        run(pxWarpAffine_8u_C4, src, dst);
+    else
+        run(pxWarpAffine_32f_C4, reinterpret_cast<const float*>(src), reinterpret_cast<float*>(dst));
+}
+
+void Perspective(benchmark::State& state, std::uint32_t format)
+{
+    Frame picture(kWidth, kHeight, format, Content::Scene), result(kWidth, kHeight, format);
+    const VideoFrame record = picture.Record(), resultRecord = result.Record();
+    FrameBuffer src, dst;
+    src.AttachFrame(&record);
+    dst.AttachFrame(&resultRecord);
+    ImageOps ops;
+    Measure(state, kWidth, kHeight, [&] { ops.WarpQuad(src, dst, kQuad, pxLinear); });
+}
+
+void CubicResize(benchmark::State& state, std::uint32_t format)
+{
+    Frame picture(kSmallWidth, kSmallHeight, format, Content::Scene), result(kWidth, kHeight, format);
+    const VideoFrame record = picture.Record(), resultRecord = result.Record();
+    FrameBuffer src, dst;
+    src.AttachFrame(&record);
+    dst.AttachFrame(&resultRecord);
+    ImageOps ops;
+    constexpr int cubic = 2; // of the qualities
+    Measure(state, kWidth, kHeight, [&] {
+        ops.ResizeRect(src, dst, 0, 0, kSmallWidth, kSmallHeight, 0, 0, kWidth, kHeight, cubic, 0.0, 0.0);
+    });
+}
+
 const bool g_registered = [] {
     constexpr std::initializer_list<std::int64_t> none = {};
     const char* const maker = "Kelmora";
@@ -68,6 +111,17 @@ const bool g_registered = [] {
                       [](benchmark::State& state) { WeightedSum(state, PF_BGRA8); });
     RegisterOperation("Weighted sum bgra32f", maker, none,
                       [](benchmark::State& state) { WeightedSum(state, PF_BGRA32F); });
+    for (const PictureKind& kind : kPictureKinds) {
+        const auto named = [&kind](const char* name) { return std::string(name) + " " + kind.name; };
+        const std::uint32_t format = kind.format;
+        for (const Move& move : kMoves)
+            RegisterOperation(named(move.name).c_str(), maker, none,
+                              [format, &move](benchmark::State& state) { Affine(state, format, move); });
+        RegisterOperation(named("Perspective").c_str(), maker, none,
+                          [format](benchmark::State& state) { Perspective(state, format); });
+        RegisterOperation(named("Cubic resize").c_str(), maker, none,
+                          [format](benchmark::State& state) { CubicResize(state, format); });
+    }
     return true;
 }();
 

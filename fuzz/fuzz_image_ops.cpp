@@ -3,6 +3,7 @@
 #include "fuzz/input.h"
 #include "image/hsv.h"
 #include "image/image_ops.h"
+#include "image/primitives/warp.h"
 
 namespace kelmora::fuzz {
 namespace {
@@ -79,6 +80,61 @@ void AdjustColor(Call& call)
     const float contrast = call.Level(), brightness = call.Level(), saturation = call.Level();
     const float hue = call.Level();
     call.ops.AdjustColor(call.src, call.dst, contrast, brightness, saturation, hue, &call.allocator);
+}
+
+void ResizeRect(Call& call)
+{
+    int edges[8];
+    for (int& edge : edges)
+        edge = call.Number();
+    if (call.Bool()) { // rectangles that most pictures hold
+        for (int i = 0; i < 2; ++i)
+            edges[i] = call.input.Below(4), edges[i + 4] = call.input.Below(4);
+        for (int i = 2; i < 4; ++i)
+            edges[i] = edges[i - 2] + 1 + call.input.Below(20),
+            edges[i + 4] = edges[i + 2] + 1 + call.input.Below(20);
+    }
+    const auto factor = [&] {
+        return call.input.Below(8) == 0 ? call.input.Take<double>()
+            : call.Bool()               ? 0.0
+                                        : call.input.Below(100) / 16.0;
+    };
+    const double xFactor = factor(), yFactor = factor();
+    call.ops.ResizeRect(call.src, call.dst, edges[0], edges[1], edges[2], edges[3], edges[4], edges[5],
+                        edges[6], edges[7], call.input.Below(6) - 1, xFactor, yFactor);
+}
+
+/// Pictures for a warp must not overlap.
+bool AreApart(const Call& call)
+{
+    return call.src.GetPixels() != call.dst.GetPixels();
+}
+
+void WarpAffine(Call& call)
+{
+    Transform2D move;
+    const auto small = [&] { return 4.0f * call.Level() - 2.0f; };
+    move.Translate(-20.0f * small(), -20.0f * small());
+    if (call.Bool())
+        move.Rotate(4.0f * small());
+    if (call.Bool())
+        move.Scale(small(), small());
+    move.Translate(20.0f * small(), 20.0f * small());
+    if (AreApart(call))
+        call.ops.WarpAffine(call.src, call.dst, move);
+}
+
+void WarpQuad(Call& call)
+{
+    double quad[4][2] = {{0, 0}, {30, 0}, {30, 30}, {0, 30}};
+    for (auto& corner : quad)
+        for (double& value : corner)
+            value = call.input.Below(16) == 0 ? call.input.Take<double>()
+                                              : value + call.input.Take<std::int16_t>() / 2048.0;
+    const std::uint32_t code =
+        call.input.Below(16) == 0 ? call.input.Take<std::uint32_t>() : 1u << call.input.Below(3);
+    if (AreApart(call))
+        call.ops.WarpQuad(call.src, call.dst, quad, code | (call.Bool() ? pxSmoothEdges : 0));
 }
 
 /// Floats of any bits have no right answer here, and must have some answer.
@@ -179,6 +235,9 @@ constexpr Operation kOperations[] = {
     {[](Call& call) { call.ops.RGB24ToYCbCr422(call.src, call.dst); }, 3, 2},
     {[](Call& call) { call.ops.YCbCr422ToRGB24(call.src, call.dst); }, 2, 3},
     {Matrices},
+    {ResizeRect},
+    {WarpAffine},
+    {WarpQuad},
 };
 
 } // namespace

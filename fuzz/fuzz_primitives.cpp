@@ -1,6 +1,8 @@
 // Regions in exactly the memory that they promise, and sizes, steps, constants and masks of any kind: every
 // primitive that is more than a copy, no fault.
 
+#include <limits>
+
 #include "fuzz/input.h"
 #include "image/primitives/arithmetic.h"
 #include "image/primitives/colour.h"
@@ -9,7 +11,9 @@
 #include "image/primitives/median.h"
 #include "image/primitives/neighbourhood.h"
 #include "image/primitives/pad.h"
+#include "image/primitives/resize.h"
 #include "image/primitives/set.h"
+#include "image/primitives/warp.h"
 #include "image/primitives/ycbcr.h"
 
 namespace kelmora::fuzz {
@@ -216,8 +220,158 @@ void Pad(Call& call)
     }
 }
 
+/// Of a map or a corner: -64 to 64 mostly, and what arithmetic breaks on.
+double Coefficient(Input& input)
+{
+    constexpr double wild[] = {0.0,  1.0,   1e9,    -1e9,   2147483648.0,
+                               1e99, 1e300, -1e300, 1e-300, std::numeric_limits<double>::infinity()};
+    switch (input.Below(16)) {
+    case 0:
+        return wild[input.Below(static_cast<int>(std::size(wild)))];
+    case 1:
+        return input.Take<double>(); // not-a-number among them
+    default:
+        return input.Take<std::int16_t>() / 512.0;
+    }
+}
+
+/// A part of a picture to take: any, for what lies outside is cut or refused.
+PxRect PartToTake(Call& call)
+{
+    Input& input = call.input;
+    if (input.Below(4) != 0)
+        return {0, 0, call.width, call.height};
+    if (input.Below(8) == 0)
+        return {input.Take<int>(), input.Take<int>(), input.Take<int>(), input.Take<int>()};
+    const int x = input.Below(call.width), y = input.Below(call.height);
+    return {x, y, 1 + input.Below(80), 1 + input.Below(30)};
+}
+
+/// A picture to write to, of a size of its own, and the part of it to write.
+struct Target {
+    explicit Target(Call& call)
+        : width(1 + call.input.Below(90)), height(1 + call.input.Below(40)), part{0, 0, width, height}
+    {
+        if (call.input.Below(4) != 0)
+            return;
+        part.x = call.input.Below(width);
+        part.y = call.input.Below(height);
+        part.width = 1 + call.input.Below(width - part.x);
+        part.height = 1 + call.input.Below(height - part.y);
+        if (call.input.Below(8) == 0) // refused whatever the rest
+            (call.input.Below(2) != 0 ? part.x : part.width) = -part.width;
+    }
+
+    int width, height;
+    PxRect part;
+};
+
+std::uint32_t Interpolation(Input& input, std::uint32_t flag)
+{
+    constexpr std::uint32_t usual[] = {pxNearest, pxLinear, pxLinear,  pxLinear,
+                                       pxCubic,   pxCubic,  pxAverage, pxLanczos};
+    if (input.Below(16) == 0)
+        return input.Take<std::uint32_t>();
+    return usual[input.Below(8)] | (input.Below(2) != 0 ? flag : 0);
+}
+
+template <class T>
+void ResizeAs(Call& call, int channels)
+{
+    const auto factor = [&] {
+        const int usual = 1 + call.input.Below(200);
+        return call.input.Below(8) == 0 ? Coefficient(call.input) : usual / 32.0;
+    };
+    const Target target(call);
+    const double xFactor = factor(), yFactor = factor();
+    const PxRect part = PartToTake(call);
+    const auto interpolation = static_cast<int>(Interpolation(call.input, 0));
+    const Region<T> src(call.input, call.width, call.height, channels);
+    const Region<T> dst(call.input, target.width, target.height, channels);
+    const auto run = [&](auto resize) {
+        resize(call.First(src, kNullSrc), call.W(), call.H(), call.Step(src, channels, kBadSrc), part,
+               call.First(dst, kNullDst), dst.Step(), target.width, target.height, xFactor, yFactor,
+               interpolation);
+    };
+    if constexpr (sizeof(T) == 1)
+        run(channels == 1 ? pxResize_8u_C1 : pxResize_8u_C4);
+    else
+        run(channels == 1 ? pxResize_32f_C1 : pxResize_32f_C4);
+}
+
+void Resize(Call& call)
+{
+    const int channels = call.input.Below(2) != 0 ? 4 : 1;
+    call.input.Below(2) != 0 ? ResizeAs<Byte>(call, channels) : ResizeAs<float>(call, channels);
+}
+
+/// Lays a part of a source over a part of a destination with one of the members.
+template <class T, class Member, class Map, class Code>
+void Warp(Call& call, int channels, Member member, const Map& map, Code interpolation)
+{
+    const Target target(call);
+    const PxRect part = PartToTake(call);
+    const Region<T> src(call.input, call.width, call.height, channels);
+    const Region<T> dst(call.input, target.width, target.height, channels);
+    member(call.First(src, kNullSrc), call.W(), call.H(), call.Step(src, channels, kBadSrc), part,
+           call.First(dst, kNullDst), dst.Step(), target.part, map, interpolation);
+}
+
+void WarpAffine(Call& call)
+{
+    double map[2][3];
+    for (auto& row : map)
+        for (double& value : row)
+            value = Coefficient(call.input);
+    if (call.input.Below(4) == 0) { // a shift, or next to one
+        const bool exact = call.input.Below(2) != 0;
+        for (int i = 0; i < 4; ++i)
+            map[i / 2][i % 2] = (i == 0 || i == 3 ? 1.0 : 0.0) + (exact ? 0.0 : 1e-8 * map[i / 2][i % 2]);
+    }
+    const auto interpolation = static_cast<int>(Interpolation(call.input, 0));
+    switch (call.input.Below(3)) {
+    case 0:
+        return Warp<Byte>(call, 1, pxWarpAffine_8u_C1, map, interpolation);
+    case 1:
+        return Warp<Byte>(call, 4, pxWarpAffine_8u_C4, map, interpolation);
+    default:
+        return Warp<float>(call, 4, pxWarpAffine_32f_C4, map, interpolation);
+    }
+}
+
+/// Quadrangles of any kind, or maps that no quadrangle gave.
+void WarpQuad(Call& call)
+{
+    double map[3][3], quad[4][2];
+    for (auto& row : map)
+        for (double& value : row)
+            value = Coefficient(call.input);
+    for (auto& corner : quad)
+        for (double& value : corner)
+            value = Coefficient(call.input);
+    if (call.input.Below(4) != 0) // corners in order, so that most are convex
+        for (int i = 0; i < 4; ++i) {
+            quad[i][0] = (i == 1 || i == 2 ? 50.0 : 10.0) + quad[i][0] / 4;
+            quad[i][1] = (i > 1 ? 30.0 : 5.0) + quad[i][1] / 4;
+        }
+    if (call.input.Below(8) != 0) {
+        PxRect rect = {0, 0, call.width, call.height};
+        if (call.input.Below(8) == 0)
+            rect = {call.input.Take<int>(), call.input.Take<int>(), call.input.Take<int>(),
+                    call.input.Take<int>()};
+        if (pxQuadTransform(rect, quad, map) != pxOk)
+            return;
+    }
+    const std::uint32_t interpolation = Interpolation(call.input, pxSmoothEdges);
+    if (call.input.Below(2) != 0)
+        Warp<Byte>(call, 4, pxWarpQuad_8u_C4, map, interpolation);
+    else
+        Warp<float>(call, 4, pxWarpQuad_32f_C4, map, interpolation);
+}
+
 constexpr void (*kFamilies[])(Call&) = {
-    Set, FloatArithmetic, ByteArithmetic, Colours, Composite, YCbCr, Neighbours, Medians, Pad,
+    Set, FloatArithmetic, ByteArithmetic, Colours,  Composite, YCbCr, Neighbours, Medians,
+    Pad, Resize,          WarpAffine,     WarpQuad,
 };
 
 } // namespace

@@ -42,6 +42,15 @@ SineCosine AddQuarters(const SineCosine& rest, int quarters)
     }
 }
 
+/// arcsin(x) / x - 1 for x from -0.5 to 0.5, given its square; by the power series.
+double ArcSineSurplus(double square)
+{
+    double series = 1.0;
+    for (int n = 51; n >= 3; n -= 2)
+        series = 1.0 + series * square * (n * n) / ((n + 1) * (n + 2));
+    return series * square / 6.0;
+}
+
 } // namespace
 
 SineCosine ExactTurn(double radians)
@@ -116,6 +125,27 @@ double ExactPower(double base, double exponent)
     if (base == 1.0)
         return 1.0;
     return ExactExp(exponent * ExactLog(base));
+}
+
+double ExactArcCosine(double x)
+{
+    if (!(x >= -1.0 && x <= 1.0))
+        return kNone;
+    if (x == 1.0)
+        return 0.0;
+    constexpr double rightAngle = 0x1.921fb54442d18p+0;
+    constexpr double rightAngleRest = 0x1.1a62633145c07p-54;
+    if (x >= -0.5 && x <= 0.5)
+        return rightAngle - (x - (rightAngleRest - x * ArcSineSurplus(x * x)));
+    // Twice the arc sine of the root of half of what is missing to 1 or -1, which subtracts without rounding.
+    const double square = (1.0 - std::fabs(x)) * 0.5;
+    const double root = std::sqrt(square);
+    const double surplus = root * ArcSineSurplus(square);
+    if (x < 0.0)
+        return 2.0 * (rightAngle - (root + (surplus - rightAngleRest)));
+    // Near 0 what the root was rounded by counts: the square of its first half is exact.
+    const double half = static_cast<double>(static_cast<float>(root));
+    return 2.0 * (half + ((square - half * half) / (root + half) + surplus));
 }
 
 } // namespace kelmora

@@ -26,4 +26,7 @@ double ExactExp(double x);
 /// `base` to the power of `exponent`; not-a-number for a base below 0. Exact for the exponents 0 and 1.
 double ExactPower(double base, double exponent);
 
+/// The angle in radians, 0 to pi, whose cosine is x; not-a-number for x outside -1 to 1.
+double ExactArcCosine(double x);
+
 } // namespace kelmora

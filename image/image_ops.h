@@ -5,6 +5,7 @@
 #include "image/color_matrix.h"
 #include "image/frame_buffer.h"
 #include "image/memory_allocator.h"
+#include "image/transform_2d.h"
 
 namespace kelmora {
 
@@ -117,9 +118,8 @@ public:
     /// 255. A weight that is not a number counts as 0.
     bool AddWeighted(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, float wa, float wb);
 
-    /// b = a * wa + b * wb, weights from 0 to 255, clamped; `a` may be changed too. Formats 0, 1, 3, 4 and
-    /// Mask8.
-    bool Mix(FrameBuffer& a, FrameBuffer& b, int wa, int wb);
+    /// b = a * wa + b * wb, weights from 0 to 255, clamped. Formats 0, 1, 3, 4 and Mask8.
+    bool Mix(const FrameBuffer& a, FrameBuffer& b, int wa, int wb);
 
     // --- colour -----------------------------------------------------------------------------------------
 
@@ -169,6 +169,17 @@ public:
     bool ResizeRect(const FrameBuffer& src, FrameBuffer& dst, int srcLeft, int srcTop, int srcRight,
                     int srcBottom, int dstLeft, int dstTop, int dstRight, int dstBottom, int quality,
                     double xFactor, double yFactor);
+
+    /// Lays the common size of `src` over `dst` through `t`, which takes positions in `src` to those in `dst`,
+    /// with linear interpolation; pixels that nothing reaches stay as they were. Formats 0, 1, 3, 4 and Mask8.
+    /// False for a map without an inverse. See primitives/warp.h.
+    bool WarpAffine(const FrameBuffer& src, FrameBuffer& dst, const Transform2D& t);
+
+    /// Lays the whole of `src` over `dst` so that its corner pixels, clockwise from the top left, come to stand
+    /// at the quadrangle's corners: x and y of each, in pixels. Formats 0, 1, 3, 4. False for a quadrangle that
+    /// is not convex. interpolation: pxNearest, pxLinear, pxCubic, with pxSmoothEdges or without.
+    bool WarpQuad(const FrameBuffer& src, FrameBuffer& dst, const double quad[4][2],
+                  std::uint32_t interpolation);
 
     // --- colour matrices --------------------------------------------------------------------------------
 

@@ -217,53 +217,46 @@ void Blend(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, Size si
 }
 
 /// The primitives of one type of pixel, and the region that they work on.
-struct MixBytes {
-    std::uint8_t *a, *b;
-    int aStep, bStep;
-    Size size;
-    bool plane;
+/// Calls row(a, b) for the first values of every two rows.
+template <class RowWork>
+bool ForRows(const FrameBuffer& a, FrameBuffer& b, Size size, RowWork row)
+{
+    for (int y = 0; y < size.height; ++y)
+        row(a.PixelAddress(0, y, 0), b.PixelAddress(0, y, 0));
+    return true;
+}
 
-    bool Scale(std::uint8_t* pixels, int step, int weight) const
-    {
-        const auto w = static_cast<std::uint8_t>(weight);
-        const std::uint8_t all[4] = {w, w, w, w};
-        return (plane ? pxMulConstScaled_8u_C1_I(w, pixels, step, size.width, size.height)
-                      : pxMulConstScaled_8u_C4_I(all, pixels, step, size.width, size.height))
-            == pxOk;
-    }
+bool MixBytes(const FrameBuffer& a, FrameBuffer& b, Size size, int wa, int wb)
+{
+    const auto mix = RowKernelsFor(CurrentVariant()).mixBytes;
+    const int values = size.width * PixelBytesOf(a.GetFormat());
+    return ForRows(a, b, size, [&](const auto* from, auto* to) { mix({from, to, to, values, wa, wb}); });
+}
 
-    bool Add(int scale) const
-    {
-        return (plane ? pxAddScaled_8u_C1_I(a, aStep, b, bStep, size.width, size.height, scale)
-                      : pxAddScaled_8u_C4_I(a, aStep, b, bStep, size.width, size.height, scale))
-            == pxOk;
-    }
+bool MixFloats(const FrameBuffer& a, FrameBuffer& b, Size size, int wa, int wb)
+{
+    const auto mix = RowKernelsFor(CurrentVariant()).mixFloats;
+    return ForRows(a, b, size, [&](const auto* from, auto* to) {
+        mix({from, to, to, size.width * 4, LevelOf(wa), LevelOf(wb)});
+    });
+}
 
-    bool Mean() const { return Add(1); }
+/// The exact halving of two pictures.
+bool MeanBytes(const FrameBuffer& a, FrameBuffer& b, Size size)
+{
+    return pxAddScaled_8u_C4_I(a.GetPixels(), a.GetStride(), b.GetPixels(), b.GetStride(), size.width,
+                               size.height, 1)
+        == pxOk;
+}
 
-    bool Weigh(int wa, int wb) const { return Scale(a, aStep, wa) && Scale(b, bStep, wb) && Add(0); }
-};
-
-struct MixFloats {
-    float *a, *b;
-    int aStep, bStep;
-    Size size;
-
-    bool Scale(float* pixels, int step, float factor) const
-    {
-        const float all[4] = {factor, factor, factor, factor};
-        return pxMulConst_32f_C4_I(all, pixels, step, size.width, size.height) == pxOk;
-    }
-
-    bool Add() const { return pxAdd_32f_C4_I(a, aStep, b, bStep, size.width, size.height) == pxOk; }
-
-    bool Mean() const { return Add() && Scale(b, bStep, 0.5f); }
-
-    bool Weigh(int wa, int wb) const
-    {
-        return Scale(a, aStep, LevelOf(wa)) && Scale(b, bStep, LevelOf(wb)) && Add();
-    }
-};
+bool MeanFloats(const FrameBuffer& a, FrameBuffer& b, Size size)
+{
+    const float halves[4] = {0.5f, 0.5f, 0.5f, 0.5f};
+    float* const to = Floats(b.GetPixels());
+    return pxAdd_32f_C4_I(Floats(a.GetPixels()), a.GetStride(), to, b.GetStride(), size.width, size.height)
+        == pxOk
+        && pxMulConst_32f_C4_I(halves, to, b.GetStride(), size.width, size.height) == pxOk;
+}
 
 } // namespace
 
@@ -406,7 +399,7 @@ bool ImageOps::AddWeighted(const FrameBuffer& a, const FrameBuffer& b, FrameBuff
     return true;
 }
 
-bool ImageOps::Mix(FrameBuffer& a, FrameBuffer& b, int wa, int wb)
+bool ImageOps::Mix(const FrameBuffer& a, FrameBuffer& b, int wa, int wb)
 {
     const Size size = CommonSize(a, b);
     const std::uint32_t format = a.GetFormat();
@@ -415,16 +408,10 @@ bool ImageOps::Mix(FrameBuffer& a, FrameBuffer& b, int wa, int wb)
     if (!(IsPicture(format) || plane) || !HoldAlike(a, b, size.width, bytes))
         return false;
     const int first = std::clamp(wa, 0, 255), second = std::clamp(wb, 0, 255);
-    const auto mix = [=](const auto& pictures, bool mean) {
-        return mean ? pictures.Mean() : pictures.Weigh(first, second);
-    };
     const bool even = first == 128 && second == 128;
     if (IsFloat(format))
-        return mix(
-            MixFloats{Floats(a.GetPixels()), Floats(b.GetPixels()), a.GetStride(), b.GetStride(), size},
-            even);
-    return mix(MixBytes{a.GetPixels(), b.GetPixels(), a.GetStride(), b.GetStride(), size, plane},
-               even && !plane);
+        return even ? MeanFloats(a, b, size) : MixFloats(a, b, size, first, second);
+    return even && !plane ? MeanBytes(a, b, size) : MixBytes(a, b, size, first, second);
 }
 
 } // namespace kelmora

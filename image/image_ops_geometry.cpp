@@ -2,6 +2,7 @@
 #include "image/picture_check.h"
 #include "image/pixel_format.h"
 #include "image/primitives/resize.h"
+#include "image/primitives/warp.h"
 
 namespace kelmora {
 namespace {
@@ -72,6 +73,51 @@ bool ImageOps::ResizeRect(const FrameBuffer& src, FrameBuffer& dst, int srcLeft,
     default:
         return true;
     }
+}
+
+bool ImageOps::WarpAffine(const FrameBuffer& src, FrameBuffer& dst, const Transform2D& t)
+{
+    const Size size = CommonSize(src, dst);
+    const std::uint32_t format = src.GetFormat();
+    const int bytes = PixelBytesOf(format);
+    if (format != dst.GetFormat() || bytes == 0 || !Holds(src, size.width, bytes)
+        || !Holds(dst, size.width, bytes))
+        return false;
+    const PxRect region = {0, 0, size.width, size.height};
+    const Transform2D::Coefficients coeffs = t.ToCoefficients();
+    const auto run = [&](auto warp, const auto* from, auto* to) {
+        return warp(from, size.width, size.height, src.GetStride(), region, to, dst.GetStride(), region,
+                    coeffs.rows, pxLinear)
+            == pxOk;
+    };
+    if (IsFloatColour(format))
+        return run(pxWarpAffine_32f_C4, Floats(src.GetPixels()), Floats(dst.GetPixels()));
+    if (IsByteColour(format))
+        return run(pxWarpAffine_8u_C4, src.GetPixels(), dst.GetPixels());
+    return format == PF_Mask8 && run(pxWarpAffine_8u_C1, src.GetPixels(), dst.GetPixels());
+}
+
+bool ImageOps::WarpQuad(const FrameBuffer& src, FrameBuffer& dst, const double quad[4][2],
+                        std::uint32_t interpolation)
+{
+    const std::uint32_t format = src.GetFormat();
+    const int bytes = PixelBytesOf(format);
+    if (format != dst.GetFormat() || !IsPicture(format) || !Holds(src, src.GetWidth(), bytes)
+        || !Holds(dst, dst.GetWidth(), bytes))
+        return false;
+    const PxRect from = {0, 0, src.GetWidth(), src.GetHeight()};
+    const PxRect to = {0, 0, dst.GetWidth(), dst.GetHeight()};
+    double coeffs[3][3];
+    if (pxQuadTransform(from, quad, coeffs) != pxOk)
+        return false;
+    const auto run = [&](auto warp, const auto* first, auto* firstOut) {
+        return warp(first, from.width, from.height, src.GetStride(), from, firstOut, dst.GetStride(), to,
+                    coeffs, interpolation)
+            == pxOk;
+    };
+    if (IsFloat(format))
+        return run(pxWarpQuad_32f_C4, Floats(src.GetPixels()), Floats(dst.GetPixels()));
+    return run(pxWarpQuad_8u_C4, src.GetPixels(), dst.GetPixels());
 }
 
 } // namespace kelmora

@@ -18,6 +18,15 @@ void Transform2D::Multiply(const Transform2D& t)
         }
 }
 
+Transform2D::Coefficients Transform2D::ToCoefficients() const
+{
+    Coefficients c;
+    for (int i = 0; i < 2; ++i)
+        for (int j = 0; j < 3; ++j)
+            c.rows[i][j] = static_cast<double>(m_elements[j][i]);
+    return c;
+}
+
 void Transform2D::Scale(float x, float y)
 {
     Transform2D scale;

@@ -9,6 +9,12 @@ public:
     /// The identity.
     Transform2D() = default;
 
+    /// x' = rows[0][0] x + rows[0][1] y + rows[0][2], and y' likewise: the same move for column vectors.
+    struct Coefficients {
+        double rows[2][3];
+    };
+    Coefficients ToCoefficients() const;
+
     /// 0 to 2 each.
     float Get(int row, int column) const { return m_elements[row][column]; }
 

@@ -35,10 +35,12 @@ struct PxRect {
 //                 above 0; pxBadInterpolation for an unknown code and for pxAverage with a factor above 1;
 //                 pxResultTooSmall when not even half a pixel would be left; pxNoMemory for working rows
 //
-// All sums are taken in double, rows first, and rounded once, at the end. Bytes: linear weights are 14-bit,
-// 16384 for 1, which keeps their sums exact; linear and averages round to nearest, halves up, cubic and
-// Lanczos to nearest, ties to even, and saturate. Floats are not clamped; one that is no number spreads to
-// every pixel with a tap on it, even a tap of weight 0, save for the nearest neighbour, which moves bits.
+// Rows first, then columns, the first tap first. Floats and averages: sums in double, rounded once, at the end.
+// Linear bytes: 14-bit weights, 16384 for 1, sums exact, to nearest, halves up, like averages. Cubic and Lanczos
+// bytes: weights to the nearest 1/16384, ties to even, the largest one such that they sum to 1; sums along rows
+// exact, along columns in single precision; to nearest, ties to even, saturated. Floats are not clamped; one that
+// is no number spreads to every pixel with a tap on it, even a tap of weight 0, save for the nearest neighbour,
+// which moves bits.
 
 PxStatus pxResize_8u_C1(const std::uint8_t* src, int srcWidth, int srcHeight, int srcStep,
                         const PxRect& region, std::uint8_t* dst, int dstStep, int dstWidth, int dstHeight,

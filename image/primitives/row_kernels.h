@@ -38,6 +38,18 @@ struct BlendRow {
     bool saturates; ///< cut results to at most 1 (floats); the byte weights sum to more than 255
 };
 
+/// dst = first * firstWeight + second * secondWeight in 255ths, each product rounded as pxMulConstScaled does and
+/// their sum cut to 255; floats: weights of single precision, each step rounded. `dst` may be one of the others.
+template <class Weight>
+struct MixRow {
+    const void* first;
+    const void* second;
+    void* dst;
+    int values;
+    Weight firstWeight; ///< of bytes 0 to 255
+    Weight secondWeight;
+};
+
 /// The loops for one instruction set.
 struct RowKernels {
     void (*twistBytes)(const TwistRow&);
@@ -45,6 +57,10 @@ struct RowKernels {
     void (*sharpenBytes)(const SharpenRow&);
     void (*blendBytes)(const BlendRow<int>&); ///< weights 0 to 255, sums over 255 toward zero, at most 255
     void (*blendFloats)(const BlendRow<double>&); ///< in double, rounded once
+    void (*mixBytes)(const MixRow<int>&);
+    void (*mixFloats)(const MixRow<float>&);
+    void (*halveBytes)(const void* src, void* dst, int values); ///< to nearest, ties to even
+    void (*halveFloats)(const void* src, void* dst, int values);
 };
 
 const RowKernels& RowKernelsFor(CpuVariant variant);

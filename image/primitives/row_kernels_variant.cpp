@@ -255,9 +255,102 @@ void BlendFloats(const BlendRow<double>& row)
         BlendFloats<false>(row);
 }
 
+// --- mix ------------------------------------------------------------------------------------------------
+
+KELMORA_INLINE U16 MulScaled(I16 value, U16 weight)
+{
+    const U16 product = (U16)value * weight;
+    return (product + (product >> 8) + 1) >> 8;
+}
+
+KELMORA_INLINE U8 MulScaled(U8 v, U16 weight)
+{
+    return Pack((I16)MulScaled(WidenLow(v), weight), (I16)MulScaled(WidenHigh(v), weight));
+}
+
+KELMORA_INLINE U8 MixVector(U8 first, U8 second, U16 firstWeight, U16 secondWeight)
+{
+    return AddSaturated(MulScaled(first, firstWeight), MulScaled(second, secondWeight));
+}
+
+/// Calls whole(at) for every whole vector of `bytes`, and rest(at, count) for what is left of them.
+template <class Whole, class Rest>
+KELMORA_INLINE void ForVectors(ptrdiff_t bytes, Whole whole, Rest rest)
+{
+    ptrdiff_t at = 0;
+    for (; at + kVectorBytes <= bytes; at += kVectorBytes)
+        whole(at);
+    if (at < bytes)
+        rest(at, static_cast<int>(bytes - at));
+}
+
+void MixBytes(const MixRow<int>& row)
+{
+    const auto* first = static_cast<const uint8_t*>(row.first);
+    const auto* second = static_cast<const uint8_t*>(row.second);
+    auto* dst = static_cast<uint8_t*>(row.dst);
+    const U16 a = U16{} + static_cast<uint16_t>(row.firstWeight);
+    const U16 b = U16{} + static_cast<uint16_t>(row.secondWeight);
+    ForVectors(
+        row.values,
+        [=](ptrdiff_t at) { Store(dst + at, MixVector(Load<U8>(first + at), Load<U8>(second + at), a, b)); },
+        [=](ptrdiff_t at, int count) {
+            StorePart(dst + at,
+                      MixVector(LoadPart<U8>(first + at, count), LoadPart<U8>(second + at, count), a, b),
+                      count);
+        });
+}
+
+void MixFloats(const MixRow<float>& row)
+{
+    const auto* first = static_cast<const uint8_t*>(row.first);
+    const auto* second = static_cast<const uint8_t*>(row.second);
+    auto* dst = static_cast<uint8_t*>(row.dst);
+    const float a = row.firstWeight, b = row.secondWeight;
+    ForVectors(
+        static_cast<ptrdiff_t>(row.values) * 4,
+        [=](ptrdiff_t at) { Store(dst + at, Load<F32>(first + at) * a + Load<F32>(second + at) * b); },
+        [=](ptrdiff_t at, int count) {
+            StorePart(dst + at, LoadPart<F32>(first + at, count) * a + LoadPart<F32>(second + at, count) * b,
+                      count);
+        });
+}
+
+/// v / 2, ties to even.
+KELMORA_INLINE U8 HalveByte(U8 v)
+{
+    const U8 floor = (U8)((U16)v >> 1) & 0x7F;
+    return floor + (v & floor & 1);
+}
+
+void HalveBytes(const void* src, void* dst, int values)
+{
+    const auto* from = static_cast<const uint8_t*>(src);
+    auto* to = static_cast<uint8_t*>(dst);
+    ForVectors(
+        values, [=](ptrdiff_t at) { Store(to + at, HalveByte(Load<U8>(from + at))); },
+        [=](ptrdiff_t at, int count) {
+            StorePart(to + at, HalveByte(LoadPart<U8>(from + at, count)), count);
+        });
+}
+
+void HalveFloats(const void* src, void* dst, int values)
+{
+    const auto* from = static_cast<const uint8_t*>(src);
+    auto* to = static_cast<uint8_t*>(dst);
+    // As a sum with 0, of which a negative zero comes out positive.
+    ForVectors(
+        static_cast<ptrdiff_t>(values) * 4,
+        [=](ptrdiff_t at) { Store(to + at, (Load<F32>(from + at) + 0.0f) * 0.5f); },
+        [=](ptrdiff_t at, int count) {
+            StorePart(to + at, (LoadPart<F32>(from + at, count) + 0.0f) * 0.5f, count);
+        });
+}
+
 } // namespace
 
 extern const RowKernels kRowKernels;
-const RowKernels kRowKernels = {TwistBytes, TwistFloats, SharpenBytes, BlendBytes, BlendFloats};
+const RowKernels kRowKernels = {TwistBytes, TwistFloats, SharpenBytes, BlendBytes, BlendFloats,
+                                MixBytes,   MixFloats,   HalveBytes,   HalveFloats};
 
 } // namespace kelmora::KELMORA_VARIANT

@@ -125,5 +125,47 @@ TEST(ExactPower, TheEnds)
     EXPECT_TRUE(std::isnan(ExactPower(0.5, kNaN)));
 }
 
+TEST(ExactArcCosine, KnownAngles_ComeOut)
+{
+    EXPECT_EQ(ExactArcCosine(1.0), 0.0);
+    ExpectNear(ExactArcCosine(0.5), kPi / 3.0, 1);
+    ExpectNear(ExactArcCosine(-0.5), kPi / 1.5, 1);
+    EXPECT_EQ(ExactArcCosine(0.0), kPi / 2.0);
+    EXPECT_EQ(ExactArcCosine(-1.0), kPi);
+}
+
+/// Units in the last place between two positive numbers.
+double UnitsBetween(double a, double b)
+{
+    return std::fabs(a - b) / (std::nextafter(b, kInfinity) - b);
+}
+
+TEST(ExactArcCosine, ManyNumbers_AreTheArcCosine)
+{
+    for (int i = -200000; i <= 200000; ++i) {
+        const double x = i / 200001.0;
+        ASSERT_LE(UnitsBetween(ExactArcCosine(x), std::acos(x)), 1.0) << x;
+    }
+}
+
+TEST(ExactArcCosine, NumbersNextToOneZeroAndMinusOne_AreTheArcCosine)
+{
+    for (double gap = 0.4; gap > 1e-16; gap *= 0.97)
+        for (const double x : {1.0 - gap, gap - 1.0, gap, -gap})
+            ASSERT_LE(UnitsBetween(ExactArcCosine(x), std::acos(x)), 1.0) << x;
+}
+
+TEST(ExactArcCosine, OfANumberAndItsNegative_MakeAHalfTurn)
+{
+    for (int i = 0; i <= 1000; ++i)
+        ExpectNear(ExactArcCosine(i / 1000.0) + ExactArcCosine(i / -1000.0), kPi, 2);
+}
+
+TEST(ExactArcCosine, WhatNoAngleHas_IsNoNumber)
+{
+    for (const double x : {std::nextafter(1.0, 2.0), std::nextafter(-1.0, -2.0), kInfinity, -kInfinity, kNaN})
+        EXPECT_TRUE(std::isnan(ExactArcCosine(x))) << x;
+}
+
 } // namespace
 } // namespace kelmora

@@ -2,15 +2,18 @@
 #include <climits>
 #include <cmath>
 #include <limits>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "image/image_ops.h"
+#include "image/primitives/warp.h"
 #include "tests/image/bad_views.h"
 #include "tests/image/buffers.h"
 #include "tests/reference/copies.h"
 #include "tests/reference/picture.h"
 #include "tests/reference/resize.h"
+#include "tests/reference/warp.h"
 
 namespace kelmora {
 namespace {
@@ -293,6 +296,300 @@ TEST(ResizeRect, NoPicture_IsFalse)
         EXPECT_FALSE(ResizeRect(ViewOf(src), {0, 0, 5, 5}, bad, {0, 0, 5, 5}, 1)) << kind;
     }
     dst.Check();
+}
+
+// --- affine warps -----------------------------------------------------------------------------------------
+
+/// The formats that affine warps serve; quadrangles take all but the mask.
+constexpr std::uint32_t kWarpFormats[] = {PF_BGRA8, PF_ARGB8, PF_BGRA32F, PF_ARGB32F, PF_Mask8};
+constexpr std::uint32_t kQuadFormats[] = {PF_BGRA8, PF_ARGB8, PF_BGRA32F, PF_ARGB32F};
+
+constexpr std::int32_t kWarpWidth = 23, kWarpHeight = 17;
+
+bool WarpAffine(const GuardedPicture& src, const GuardedPicture& dst, const Transform2D& t)
+{
+    FrameBuffer view = ViewOf(dst);
+    return ImageOps().WarpAffine(ViewOf(src), view, t);
+}
+
+/// Moves of all kinds about the middle of a picture.
+std::vector<Transform2D> Moves()
+{
+    std::vector<Transform2D> moves(6);
+    for (Transform2D& move : moves)
+        move.Translate(-11, -8);
+    moves[0].Translate(11, 8);
+    moves[1].Rotate(0.3f);
+    moves[1].Translate(12.25f, 7.5f);
+    moves[2].Scale(1.5f, 0.75f);
+    moves[2].Rotate(-2.0f);
+    moves[2].Translate(11, 8);
+    moves[3].Scale(-1, 1.25f);
+    moves[3].Translate(10.5f, 9);
+    moves[4].Translate(13.5f, 6.25f);
+    moves[5].Scale(4);
+    moves[5].Rotate(0.1f);
+    moves[5].Translate(11, 8);
+    return moves;
+}
+
+bool WarpPlain(const Picture& src, Picture& dst, const Transform2D& t)
+{
+    float rows[3][3];
+    for (int row = 0; row < 3; ++row)
+        for (int column = 0; column < 3; ++column)
+            rows[row][column] = t.Get(row, column);
+    return reference::WarpAffine(src, dst, rows);
+}
+
+TEST(WarpAffine, EveryServedFormatAndMove_MatchesThePlainVersion)
+{
+    for (const std::uint32_t format : kWarpFormats)
+        for (const Transform2D& move : Moves())
+            for (const int more : {-5, 0, 4})
+                for (const int slack : {0, 5}) {
+                    const PictureLayout layout = {.slack = slack, .shift = slack};
+                    GuardedPicture src(kWarpWidth, kWarpHeight, format, layout),
+                        dst(kWarpWidth + more, kWarpHeight - more, format, layout);
+                    src.FillNoise(1);
+                    src.Freeze();
+                    dst.FillNoise(2);
+                    Picture expected = reference::Read(dst);
+                    ASSERT_TRUE(WarpPlain(reference::Read(src), expected, move));
+                    ASSERT_TRUE(WarpAffine(src, dst, move));
+                    ASSERT_TRUE(reference::Matches(dst, expected)) << "format " << format << ", " << more;
+                    src.Check();
+                    dst.Check();
+                }
+}
+
+TEST(WarpAffine, HandComputedMove_TakesRowVectors)
+{
+    // A quarter turn from the first axis toward the second one, then 4 to the right: (x, y) to (4 - y, x).
+    GuardedPicture src(5, 5, PF_BGRA8), dst(5, 5, PF_BGRA8);
+    src.FillNoise(1);
+    Transform2D turn;
+    turn.Rotate(1.57079632679f);
+    turn.Translate(4, 0);
+    ASSERT_TRUE(WarpAffine(src, dst, turn));
+    for (int y = 0; y < 5; ++y)
+        for (int x = 0; x < 5; ++x)
+            for (int c = 0; c < 4; ++c)
+                EXPECT_EQ(dst.Byte(4 - y, x, c), src.Byte(x, y, c)) << x << ", " << y;
+}
+
+TEST(WarpAffine, Identity_CopiesTheCommonSizeAlone)
+{
+    for (const std::uint32_t format : kWarpFormats) {
+        GuardedPicture src(12, 9, format), dst(10, 14, format);
+        src.FillNoise(1);
+        dst.FillNoise(2);
+        Picture expected = reference::Read(dst);
+        reference::CopyRect(reference::Read(src), 0, 0, 10, 9, expected, 0, 0);
+        ASSERT_TRUE(WarpAffine(src, dst, Transform2D()));
+        EXPECT_TRUE(reference::Matches(dst, expected)) << "format " << format;
+    }
+}
+
+TEST(WarpAffine, MovesWithoutAnInverse_AreFalse)
+{
+    const float infinity = std::numeric_limits<float>::infinity();
+    for (const std::uint32_t format : kWarpFormats) {
+        GuardedPicture src(9, 7, format), dst(9, 7, format);
+        dst.FillNoise(1);
+        dst.Freeze();
+        for (const float bad : {0.0f, infinity, std::numeric_limits<float>::quiet_NaN()}) {
+            Transform2D flat, moved;
+            flat.Scale(bad, 1);
+            EXPECT_FALSE(WarpAffine(src, dst, flat)) << bad;
+            moved.Scale(1, bad);
+            EXPECT_FALSE(WarpAffine(src, dst, moved)) << bad;
+        }
+        Transform2D away;
+        away.Translate(infinity, 0);
+        EXPECT_FALSE(WarpAffine(src, dst, away));
+        dst.Check();
+    }
+}
+
+TEST(WarpAffine, OtherFormatsAndNoPictures_AreFalse)
+{
+    for (const std::uint32_t format : {std::uint32_t{PF_Packed8}, std::uint32_t{PF_Mask32F}, 5u, 77u}) {
+        GuardedPicture src(5, 5, 4, format), dst(5, 5, 4, format);
+        dst.FillBytes(9);
+        dst.Freeze();
+        EXPECT_FALSE(WarpAffine(src, dst, Transform2D())) << format;
+        dst.Check();
+    }
+    GuardedPicture src(5, 5, PF_BGRA8), dst(5, 5, PF_BGRA8);
+    dst.FillNoise(1);
+    dst.Freeze();
+    FrameBuffer to = ViewOf(dst);
+    for (int kind = 0; kind < kBadViews; ++kind) {
+        FrameBuffer bad = BadView(dst, kind);
+        EXPECT_FALSE(ImageOps().WarpAffine(bad, to, Transform2D())) << kind;
+        EXPECT_FALSE(ImageOps().WarpAffine(ViewOf(src), bad, Transform2D())) << kind;
+    }
+    dst.Check();
+}
+
+TEST(WarpAffine, PicturesOfUnlikeFormats_NeverReachPastARow)
+{
+    for (const std::uint32_t from : kServedFormats)
+        for (const std::uint32_t to : kServedFormats)
+            if (BytesOfPixel(from) != BytesOfPixel(to)) {
+                GuardedPicture src(9, 7, from), dst(9, 7, to);
+                dst.FillNoise(1);
+                const GuardedPicture before = dst;
+                if (!WarpAffine(src, dst, Transform2D())) {
+                    EXPECT_TRUE(Equal(dst, before)) << from << " to " << to;
+                }
+                dst.Check();
+            }
+}
+
+// --- quadrangles ------------------------------------------------------------------------------------------
+
+using Corners = double[4][2];
+
+bool WarpQuad(const GuardedPicture& src, const GuardedPicture& dst, const Corners& quad,
+              std::uint32_t interpolation = pxLinear)
+{
+    FrameBuffer view = ViewOf(dst);
+    return ImageOps().WarpQuad(ViewOf(src), view, quad, interpolation);
+}
+
+constexpr Corners kQuads[] = {
+    {{4.25, 3.5}, {26.1, 1.7}, {22.4, 20.3}, {1.8, 17.6}},        // leaning
+    {{9.3, 6.1}, {20.7, 6.4}, {31.2, 24.9}, {-3.6, 23.8}},        // lying
+    {{27.3, 2.2}, {5.4, 1.1}, {3.2, 19.8}, {25.9, 22.7}},         // from behind
+    {{-40.5, -31.2}, {61.7, -28.4}, {70.3, 55.6}, {-38.1, 49.9}}, // from near by
+};
+
+TEST(WarpQuad, EveryServedFormatAndCode_MatchesThePlainVersion)
+{
+    for (const std::uint32_t format : kQuadFormats)
+        for (const Corners& quad : kQuads)
+            for (const int code : {pxNearest, pxLinear, pxCubic})
+                for (const bool smooth : {false, true})
+                    for (const int slack : {0, 5}) {
+                        const PictureLayout layout = {.slack = slack, .shift = slack};
+                        GuardedPicture src(kWarpWidth, kWarpHeight, format, layout),
+                            dst(31, 26, format, layout);
+                        src.FillNoise(1);
+                        src.Freeze();
+                        dst.FillNoise(2);
+                        Picture expected = reference::Read(dst);
+                        ASSERT_TRUE(reference::WarpQuad(reference::Read(src), expected,
+                                                        reference::QuadOf(quad), code, smooth));
+                        ASSERT_TRUE(WarpQuad(
+                            src, dst, quad, static_cast<std::uint32_t>(code) | (smooth ? pxSmoothEdges : 0)));
+                        // The corners' map is one of its own there: a last bit of the positions may differ.
+                        const double tolerance = IsFloatFormat(format) ? 2e-6 : code == pxCubic ? 1.001 : 0.0;
+                        ASSERT_TRUE(reference::Matches(dst, expected, 0.0, tolerance))
+                            << "format " << format << ", code " << code << (smooth ? ", smooth" : "");
+                        src.Check();
+                        dst.Check();
+                    }
+}
+
+TEST(WarpQuad, CornerPixels_LandOnTheCorners)
+{
+    // A picture of 4 by 3 as a rectangle of 7 by 5: every second pixel is one of the picture's.
+    GuardedPicture src(4, 3, PF_BGRA8), dst(9, 7, PF_BGRA8);
+    src.FillNoise(1);
+    dst.FillBytes(9);
+    ASSERT_TRUE(WarpQuad(src, dst, {{1, 1}, {7, 1}, {7, 5}, {1, 5}}));
+    for (int y = 0; y < 7; ++y)
+        for (int x = 0; x < 9; ++x)
+            for (int c = 0; c < 4; ++c) {
+                const bool outside = x < 1 || y < 1 || x > 7 || y > 5;
+                if (outside || (x % 2 != 0 && y % 2 != 0)) {
+                    const int expected = outside ? 9 : src.Byte(x / 2, y / 2, c);
+                    EXPECT_EQ(dst.Byte(x, y, c), expected) << x << ", " << y;
+                }
+            }
+}
+
+TEST(WarpQuad, AtRest_CopiesAndLeavesTheRest)
+{
+    for (const std::uint32_t format : kQuadFormats)
+        for (const std::uint32_t code : {std::uint32_t{pxNearest}, pxLinear | pxSmoothEdges}) {
+            GuardedPicture src(12, 9, format), dst(15, 11, format);
+            src.FillNoise(1);
+            dst.FillNoise(2);
+            Picture expected = reference::Read(dst);
+            reference::CopyRect(reference::Read(src), 0, 0, 12, 9, expected, 0, 0);
+            ASSERT_TRUE(WarpQuad(src, dst, {{0, 0}, {11, 0}, {11, 8}, {0, 8}}, code));
+            EXPECT_TRUE(reference::Matches(dst, expected, 0.0, IsFloatFormat(format) ? 1e-6 : 0.0)) << format;
+        }
+}
+
+TEST(WarpQuad, QuadranglesWithoutAMap_AreFalse)
+{
+    const double infinity = std::numeric_limits<double>::infinity();
+    const Corners bad[] = {
+        {{0, 0}, {9, 9}, {9, 0}, {0, 9}},        {{0, 0}, {9, 0}, {2, 2}, {0, 9}},
+        {{0, 0}, {3, 3}, {6, 6}, {9, 9}},        {{4, 4}, {4, 4}, {4, 4}, {4, 4}},
+        {{0, 0}, {infinity, 0}, {9, 9}, {0, 9}}, {{0, 0}, {9, 0}, {9, std::nan("")}, {0, 9}},
+    };
+    for (const std::uint32_t format : kQuadFormats) {
+        GuardedPicture src(9, 7, format), dst(12, 11, format), line(1, 7, format), row(9, 1, format);
+        dst.FillNoise(1);
+        dst.Freeze();
+        for (const Corners& quad : bad)
+            EXPECT_FALSE(WarpQuad(src, dst, quad)) << &quad - bad;
+        const Corners good = {{0, 0}, {9, 0}, {9, 9}, {0, 9}};
+        EXPECT_FALSE(WarpQuad(line, dst, good));
+        EXPECT_FALSE(WarpQuad(row, dst, good));
+        for (const std::uint32_t code : {0u, 3u, 8u, 16u, 0u | pxSmoothEdges, 0x40000002u})
+            EXPECT_FALSE(WarpQuad(src, dst, good, code)) << code;
+        FrameBuffer to = ViewOf(dst);
+        EXPECT_FALSE(ImageOps().WarpQuad(ViewOf(src), to, nullptr, pxLinear));
+        dst.Check();
+    }
+}
+
+TEST(WarpQuad, OtherFormatsAndNoPictures_AreFalse)
+{
+    const Corners good = {{0, 0}, {4, 0}, {4, 4}, {0, 4}};
+    struct {
+        int pixelBytes;
+        std::uint32_t format;
+    } const strangers[] = {{4, PF_Packed8}, {4, PF_Mask32F}, {1, PF_Mask8}, {4, 5}, {4, 77}};
+    for (const auto& stranger : strangers) {
+        GuardedPicture src(5, 5, stranger.pixelBytes, stranger.format),
+            dst(5, 5, stranger.pixelBytes, stranger.format);
+        dst.FillBytes(9);
+        dst.Freeze();
+        EXPECT_FALSE(WarpQuad(src, dst, good)) << stranger.format;
+        dst.Check();
+    }
+    GuardedPicture src(5, 5, PF_BGRA8), dst(5, 5, PF_BGRA8);
+    dst.FillNoise(1);
+    dst.Freeze();
+    FrameBuffer to = ViewOf(dst);
+    for (int kind = 0; kind < kBadViews; ++kind) {
+        FrameBuffer bad = BadView(dst, kind);
+        EXPECT_FALSE(ImageOps().WarpQuad(bad, to, good, pxLinear)) << kind;
+        EXPECT_FALSE(ImageOps().WarpQuad(ViewOf(src), bad, good, pxLinear)) << kind;
+    }
+    dst.Check();
+}
+
+TEST(WarpQuad, PicturesOfUnlikeFormats_NeverReachPastARow)
+{
+    for (const std::uint32_t from : kServedFormats)
+        for (const std::uint32_t to : kServedFormats)
+            if (BytesOfPixel(from) != BytesOfPixel(to)) {
+                GuardedPicture src(9, 7, from), dst(9, 7, to);
+                dst.FillNoise(1);
+                const GuardedPicture before = dst;
+                if (!WarpQuad(src, dst, {{0, 0}, {8, 0}, {8, 6}, {0, 6}})) {
+                    EXPECT_TRUE(Equal(dst, before)) << from << " to " << to;
+                }
+                dst.Check();
+            }
 }
 
 } // namespace

@@ -123,6 +123,22 @@ double LinearByte(const Picture& src, ResizeRegion region, const Taps& across, c
     return static_cast<double>((sum + (1 << 27)) >> 28);
 }
 
+/// Weights to the nearest 16384th, ties to even, of which the largest takes what is missing to 1.
+void MakeWhole(Taps& taps)
+{
+    double rest = 16384.0;
+    Tap* largest = &taps.front();
+    for (Tap& tap : taps)
+        largest = tap.weight > largest->weight ? &tap : largest;
+    for (Tap& tap : taps) {
+        tap.weight = std::nearbyint(tap.weight * 16384.0);
+        rest -= tap.weight;
+    }
+    largest->weight += rest;
+    for (Tap& tap : taps)
+        tap.weight /= 16384.0;
+}
+
 double WeightedSum(const Picture& src, ResizeRegion region, const Taps& across, const Taps& down, int c)
 {
     double sum = 0.0;
@@ -162,10 +178,15 @@ void Resize(const Picture& src, ResizeRegion region, Picture& dst, double xFacto
     const int width = ResizedLength(region.width, xFactor, dst.width);
     const int height = ResizedLength(region.height, yFactor, dst.height);
     const bool roundsLinear = interpolation == kLinear && !src.floats;
+    const bool isWhole = !src.floats && (interpolation == kCubic || interpolation == kLanczos);
     for (int y = 0; y < height; ++y) {
-        const Taps down = TapsOf(y, region.height, yFactor, interpolation);
+        Taps down = TapsOf(y, region.height, yFactor, interpolation);
+        if (isWhole)
+            MakeWhole(down);
         for (int x = 0; x < width; ++x) {
-            const Taps across = TapsOf(x, region.width, xFactor, interpolation);
+            Taps across = TapsOf(x, region.width, xFactor, interpolation);
+            if (isWhole)
+                MakeWhole(across);
             for (int c = 0; c < dst.channels; ++c)
                 dst.At(x, y, c) = roundsLinear ? LinearByte(src, region, across, down, c)
                                                : WeightedSum(src, region, across, down, c);

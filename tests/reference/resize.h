@@ -23,7 +23,7 @@ int ResizedLength(int size, double factor, int limit);
 /// becomes 0.
 ///
 /// The values are exact but for the last bits of double; linear bytes alone are the rounded ones, in
-/// integers. Other bytes are cut to 0..255 and not rounded.
+/// integers. Other bytes are cut to 0..255 and not rounded; cubic and Lanczos ones have weights in 16384ths.
 void Resize(const Picture& src, ResizeRegion region, Picture& dst, double xFactor, double yFactor,
             int interpolation);
 

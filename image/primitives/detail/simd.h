@@ -228,6 +228,52 @@ KELMORA_INLINE U8 Min(U8 a, U8 b)
                                                                                 (KELMORA_VEC)b);
 }
 
+/// The mean, halves up.
+KELMORA_INLINE U8 Average(U8 a, U8 b)
+{
+    return (U8)KELMORA_BY_WIDTH(_mm_avg_epu8, _mm256_avg_epu8, _mm512_avg_epu8)((KELMORA_VEC)a,
+                                                                                (KELMORA_VEC)b);
+}
+
+/// Bytes of both, one by one, within 16-byte lanes: of their first halves and of their second ones.
+KELMORA_INLINE U8 InterleaveLow(U8 a, U8 b)
+{
+    return (U8)KELMORA_BY_WIDTH(_mm_unpacklo_epi8, _mm256_unpacklo_epi8,
+                                _mm512_unpacklo_epi8)((KELMORA_VEC)a, (KELMORA_VEC)b);
+}
+
+KELMORA_INLINE U8 InterleaveHigh(U8 a, U8 b)
+{
+    return (U8)KELMORA_BY_WIDTH(_mm_unpackhi_epi8, _mm256_unpackhi_epi8,
+                                _mm512_unpackhi_epi8)((KELMORA_VEC)a, (KELMORA_VEC)b);
+}
+
+/// Element `element` of every 16-byte lane, in all four places of the lane.
+template <int element>
+KELMORA_INLINE I32 Spread(I32 v)
+{
+#if defined(__AVX512BW__)
+    return (I32)_mm512_shuffle_epi32((__m512i)v, static_cast<_MM_PERM_ENUM>(element * 0x55));
+#elif defined(__AVX2__)
+    return (I32)_mm256_shuffle_epi32((__m256i)v, element * 0x55);
+#else
+    return (I32)_mm_shuffle_epi32((__m128i)v, element * 0x55);
+#endif
+}
+
+/// Words of both, one by one, within 16-byte lanes: of their first halves and of their second ones.
+KELMORA_INLINE I16 InterleaveLow(I16 a, I16 b)
+{
+    return (I16)KELMORA_BY_WIDTH(_mm_unpacklo_epi16, _mm256_unpacklo_epi16,
+                                 _mm512_unpacklo_epi16)((KELMORA_VEC)a, (KELMORA_VEC)b);
+}
+
+KELMORA_INLINE I16 InterleaveHigh(I16 a, I16 b)
+{
+    return (I16)KELMORA_BY_WIDTH(_mm_unpackhi_epi16, _mm256_unpackhi_epi16,
+                                 _mm512_unpackhi_epi16)((KELMORA_VEC)a, (KELMORA_VEC)b);
+}
+
 KELMORA_INLINE U8 AddSaturated(U8 a, U8 b)
 {
     return (U8)KELMORA_BY_WIDTH(_mm_adds_epu8, _mm256_adds_epu8, _mm512_adds_epu8)((KELMORA_VEC)a,
@@ -277,6 +323,18 @@ KELMORA_INLINE F64 LoadFloatsAsDoubles(const void* from)
     return (F64)_mm256_cvtps_pd(_mm_loadu_ps(static_cast<const float*>(from)));
 #else
     return (F64)_mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(static_cast<const __m128i*>(from))));
+#endif
+}
+
+/// As many 32-bit integers as F64 has elements, to nearest, ties to even.
+KELMORA_INLINE void StoreRounded(int32_t* to, F64 v)
+{
+#if defined(__AVX512BW__)
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), _mm512_cvtpd_epi32((__m512d)v));
+#elif defined(__AVX2__)
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm256_cvtpd_epi32((__m256d)v));
+#else
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_cvtpd_epi32((__m128d)v));
 #endif
 }
 
@@ -389,6 +447,43 @@ KELMORA_INLINE U8 Min(U8 a, U8 b)
     return a < b ? a : b;
 }
 
+KELMORA_INLINE U8 Average(U8 a, U8 b)
+{
+    return (a | b) - ((a ^ b) >> 1);
+}
+
+KELMORA_INLINE U8 InterleaveLow(U8 a, U8 b)
+{
+    U8 v;
+    for (int i = 0; i < 16; ++i)
+        v[i] = i % 2 ? b[i / 2] : a[i / 2];
+    return v;
+}
+
+KELMORA_INLINE U8 InterleaveHigh(U8 a, U8 b)
+{
+    U8 v;
+    for (int i = 0; i < 16; ++i)
+        v[i] = i % 2 ? b[8 + i / 2] : a[8 + i / 2];
+    return v;
+}
+
+template <int element>
+KELMORA_INLINE I32 Spread(I32 v)
+{
+    return I32{} + v[element];
+}
+
+KELMORA_INLINE I16 InterleaveLow(I16 a, I16 b)
+{
+    return I16{a[0], b[0], a[1], b[1], a[2], b[2], a[3], b[3]};
+}
+
+KELMORA_INLINE I16 InterleaveHigh(I16 a, I16 b)
+{
+    return I16{a[4], b[4], a[5], b[5], a[6], b[6], a[7], b[7]};
+}
+
 KELMORA_INLINE U8 AddSaturated(U8 a, U8 b)
 {
     const U8 sum = a + b;
@@ -426,6 +521,12 @@ KELMORA_INLINE F64 LoadFloatsAsDoubles(const void* from)
     float f[2];
     __builtin_memcpy(f, from, sizeof f);
     return F64{f[0], f[1]};
+}
+
+KELMORA_INLINE void StoreRounded(int32_t* to, F64 v)
+{
+    for (int i = 0; i < 2; ++i)
+        to[i] = static_cast<int32_t>(__builtin_lrint(v[i]));
 }
 
 #endif

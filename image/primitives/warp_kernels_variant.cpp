@@ -1,0 +1,571 @@
+// The warps' loops, compiled once per instruction set: see detail/simd.h for what that forbids.
+
+#include "image/primitives/detail/simd.h"
+#include "image/primitives/warp_kernels.h"
+
+namespace kelmora::KELMORA_VARIANT {
+namespace {
+
+constexpr int kBlock = WarpKernels::kBlock;
+
+// --- positions ------------------------------------------------------------------------------------------
+
+typedef int64_t I64 __attribute__((vector_size(kVectorBytes), may_alias));
+
+constexpr int kDoubles = kVectorBytes / 8;
+
+KELMORA_INLINE F64 Columns(int first)
+{
+    const double steps[8] = {0, 1, 2, 3, 4, 5, 6, 7};
+    return Load<F64>(steps) + static_cast<double>(first);
+}
+
+KELMORA_INLINE F64 Cut(F64 value, double low, double high)
+{
+    const F64 lowest = F64{} + low, highest = F64{} + high;
+    value = value > lowest ? value : lowest; // what is no number becomes the lowest, too
+    return value < highest ? value : highest;
+}
+
+/// Positions of as many pixels as F64 has elements, from column `first` on, times `scale`, a power of two, which
+/// the results are rounded like those times 1.
+class AffineLine {
+public:
+    KELMORA_METHOD AffineLine(const AffineRow& row, double scale)
+        : m_x{row.x[0] * scale, row.x[1] * scale}, m_y{row.y[0] * scale, row.y[1] * scale}
+    {
+    }
+
+    /// All bits per element that lies inside.
+    KELMORA_METHOD I64 At(int first, F64& x, F64& y) const
+    {
+        const F64 column = Columns(first);
+        x = column * m_x[0] + m_x[1];
+        y = column * m_y[0] + m_y[1];
+        return I64{} - 1;
+    }
+
+private:
+    double m_x[2], m_y[2];
+};
+
+class PerspectiveLine {
+public:
+    KELMORA_METHOD PerspectiveLine(const PerspectiveRow& row, double scale)
+        : m_u{row.u[0] * scale, row.u[1] * scale}, m_v{row.v[0] * scale, row.v[1] * scale}, m_w{row.w[0],
+                                                                                                row.w[1]},
+          m_left((row.src.bounds.left - kWarpSlack) * scale),
+          m_right((row.src.bounds.right + kWarpSlack) * scale),
+          m_top((row.src.bounds.top - kWarpSlack) * scale),
+          m_bottom((row.src.bounds.bottom + kWarpSlack) * scale)
+    {
+    }
+
+    KELMORA_METHOD I64 At(int first, F64& x, F64& y) const
+    {
+        const F64 column = Columns(first);
+        const F64 q = 1.0 / (column * m_w[0] + m_w[1]);
+        x = (column * m_u[0] + m_u[1]) * q;
+        y = (column * m_v[0] + m_v[1]) * q;
+        return (x >= F64{} + m_left) & (x <= F64{} + m_right) & (y >= F64{} + m_top)
+            & (y <= F64{} + m_bottom);
+    }
+
+private:
+    double m_u[2], m_v[2], m_w[2];
+    double m_left, m_right, m_top, m_bottom;
+};
+
+/// Which pixels of a block lie inside: a bit each.
+KELMORA_INLINE unsigned BitsOf(I64 mask)
+{
+#if defined(__AVX512BW__)
+    return static_cast<unsigned>(_mm512_movepi64_mask((__m512i)mask));
+#else
+    unsigned bits = 0;
+    for (int k = 0; k < kDoubles; ++k)
+        bits |= mask[k] ? 1u << k : 0u;
+    return bits;
+#endif
+}
+
+constexpr unsigned kAllInside = (1u << kBlock) - 1;
+
+// --- bytes ----------------------------------------------------------------------------------------------
+
+/// a * 256 + (b - a) * weight, less 32768 so that it is a signed word.
+KELMORA_INLINE I16 AcrossWords(U16 raised, I16 a, I16 b, I16 weight)
+{
+    return (I16)(raised + ((U16)b - (U16)a) * (U16)weight) ^ static_cast<int16_t>(-32768);
+}
+
+#if defined(__AVX512BW__)
+
+/// Sixteen values in 256ths of a pixel.
+struct FixedBlock {
+    __m512i x, y;
+};
+
+KELMORA_INLINE __m512i CutInts(__m512i value, int low, int high)
+{
+    return _mm512_min_epi32(_mm512_max_epi32(value, _mm512_set1_epi32(low)), _mm512_set1_epi32(high));
+}
+
+template <class Line>
+KELMORA_INLINE unsigned PlaceBlock(const Line& line, const WarpBounds& bounds, int first, FixedBlock& at)
+{
+    F64 x[2], y[2];
+    const unsigned low = BitsOf(line.At(first, x[0], y[0]));
+    const unsigned high = BitsOf(line.At(first + 8, x[1], y[1]));
+    const auto rounded = [](const F64(&v)[2]) {
+        return _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtpd_epi32((__m512d)v[0])),
+                                  _mm512_cvtpd_epi32((__m512d)v[1]), 1);
+    };
+    at.x = CutInts(rounded(x), bounds.left * 256, bounds.right * 256);
+    at.y = CutInts(rounded(y), bounds.top * 256, bounds.bottom * 256);
+    return low | high << 8;
+}
+
+/// The four pixels around each of sixteen positions.
+struct Corners {
+    __m512i upperLeft, upperRight, lowerLeft, lowerRight;
+};
+
+/// Where a block lies in 31 columns and few rows, as all do that no steep map makes, whole pieces of rows are
+/// loaded and sorted out in registers: gathering pixel by pixel costs several times as much.
+KELMORA_INLINE bool PickCorners(const WarpImage& src, __m512i column, __m512i line, Corners& corners)
+{
+    constexpr int kMostLines = 6;
+    alignas(64) int32_t columns[16], lines[16];
+    _mm512_store_si512(columns, column);
+    _mm512_store_si512(lines, line);
+    const int firstColumn = columns[0] < columns[15] ? columns[0] : columns[15];
+    const int firstLine = lines[0] < lines[15] ? lines[0] : lines[15];
+    const int lastLine = lines[0] < lines[15] ? lines[15] : lines[0];
+    const int steps = lastLine - firstLine;
+    const __m512i index = _mm512_sub_epi32(column, _mm512_set1_epi32(firstColumn));
+    const __m512i step = _mm512_sub_epi32(line, _mm512_set1_epi32(firstLine));
+    if (steps >= kMostLines || _mm512_cmpge_epu32_mask(index, _mm512_set1_epi32(31))
+        || _mm512_cmpgt_epu32_mask(step, _mm512_set1_epi32(steps)))
+        return false;
+
+    const int there = src.bounds.right + 1 - firstColumn;
+    const auto lowPart = static_cast<__mmask16>(there >= 16 ? 0xFFFF : (1 << there) - 1);
+    const auto highPart = static_cast<__mmask16>(there >= 32      ? 0xFFFF
+                                                     : there > 16 ? (1 << (there - 16)) - 1
+                                                                  : 0);
+    const __m512i next = _mm512_add_epi32(index, _mm512_set1_epi32(1));
+    const auto* row = static_cast<const uint8_t*>(src.pixels) + firstLine * src.step
+        + static_cast<ptrdiff_t>(firstColumn) * 4;
+    for (int k = 0; k <= steps + 1; ++k) {
+        const __m512i low = _mm512_maskz_loadu_epi32(lowPart, row);
+        const __m512i high = _mm512_maskz_loadu_epi32(highPart, row + 64);
+        const __m512i left = _mm512_permutex2var_epi32(low, index, high);
+        const __m512i right = _mm512_permutex2var_epi32(low, next, high);
+        const __mmask16 isUpper = _mm512_cmpeq_epi32_mask(step, _mm512_set1_epi32(k));
+        const __mmask16 isLower = _mm512_cmpeq_epi32_mask(step, _mm512_set1_epi32(k - 1));
+        if (k == 0) {
+            corners = {left, right, left, right};
+        } else {
+            corners.upperLeft = _mm512_mask_mov_epi32(corners.upperLeft, isUpper, left);
+            corners.upperRight = _mm512_mask_mov_epi32(corners.upperRight, isUpper, right);
+            corners.lowerLeft = _mm512_mask_mov_epi32(corners.lowerLeft, isLower, left);
+            corners.lowerRight = _mm512_mask_mov_epi32(corners.lowerRight, isLower, right);
+        }
+        if (firstLine + k < src.bounds.bottom) // below the last row there is nothing, with no weight
+            row += src.step;
+    }
+    return true;
+}
+
+KELMORA_INLINE Corners GatherCorners(const WarpImage& src, __m512i column, __m512i line)
+{
+    const auto* from = static_cast<const uint8_t*>(src.pixels);
+    const auto gather = [&](__m512i x, __m512i y) {
+        const __m512i offset = _mm512_add_epi32(
+            _mm512_mullo_epi32(y, _mm512_set1_epi32(static_cast<int>(src.step))), _mm512_slli_epi32(x, 2));
+        return _mm512_i32gather_epi32(offset, from, 1);
+    };
+    const __m512i one = _mm512_set1_epi32(1);
+    const __m512i right =
+        _mm512_min_epi32(_mm512_add_epi32(column, one), _mm512_set1_epi32(src.bounds.right));
+    const __m512i below = _mm512_min_epi32(_mm512_add_epi32(line, one), _mm512_set1_epi32(src.bounds.bottom));
+    return {gather(column, line), gather(right, line), gather(column, below), gather(right, below)};
+}
+
+template <int pixel>
+KELMORA_INLINE I32 DownSums(I16 interleaved, __m512i weights)
+{
+    const I32 sum = MulAddPairs(interleaved, (I16)Spread<pixel>((I32)weights));
+    return (I32)((U32)(sum + (32768 * 256 + 32768)) >> 16);
+}
+
+KELMORA_INLINE U8 SampleBlock(const WarpImage& src, const FixedBlock& at)
+{
+    const __m512i column = _mm512_srai_epi32(at.x, 8), line = _mm512_srai_epi32(at.y, 8);
+    Corners corners;
+    if (!PickCorners(src, column, line, corners))
+        corners = GatherCorners(src, column, line);
+
+    const __m512i lowBytes =
+        _mm512_broadcast_i32x4(_mm_setr_epi8(0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12, 12, 12));
+    const U8 right = (U8)_mm512_shuffle_epi8(at.x, lowBytes);
+    const __m512i below = _mm512_and_si512(at.y, _mm512_set1_epi32(255));
+    const __m512i down =
+        _mm512_or_si512(_mm512_sub_epi32(_mm512_set1_epi32(256), below), _mm512_slli_epi32(below, 16));
+
+    const U8 ul = (U8)corners.upperLeft, ur = (U8)corners.upperRight;
+    const U8 ll = (U8)corners.lowerLeft, lr = (U8)corners.lowerRight;
+    const I16 weightLow = WidenLow(right), weightHigh = WidenHigh(right);
+    const I16 upperLow = AcrossWords(RaiseLow(ul), WidenLow(ul), WidenLow(ur), weightLow);
+    const I16 upperHigh = AcrossWords(RaiseHigh(ul), WidenHigh(ul), WidenHigh(ur), weightHigh);
+    const I16 lowerLow = AcrossWords(RaiseLow(ll), WidenLow(ll), WidenLow(lr), weightLow);
+    const I16 lowerHigh = AcrossWords(RaiseHigh(ll), WidenHigh(ll), WidenHigh(lr), weightHigh);
+    const I16 low = Pack(DownSums<0>(InterleaveLow(upperLow, lowerLow), down),
+                         DownSums<1>(InterleaveHigh(upperLow, lowerLow), down));
+    const I16 high = Pack(DownSums<2>(InterleaveLow(upperHigh, lowerHigh), down),
+                          DownSums<3>(InterleaveHigh(upperHigh, lowerHigh), down));
+    return Pack(low, high);
+}
+
+template <class Line>
+KELMORA_INLINE void ByteSpan(const WarpImage& src, const Line& line, WarpSpan span, void* dst)
+{
+    auto* to = static_cast<uint8_t*>(dst);
+    for (int x = span.begin; x < span.end; x += kBlock, to += kBlock * 4) {
+        FixedBlock at;
+        unsigned inside = PlaceBlock(line, src.bounds, x, at);
+        if (const int rest = span.end - x; rest < kBlock)
+            inside &= (1u << rest) - 1;
+        _mm512_mask_storeu_epi32(to, static_cast<__mmask16>(inside), (__m512i)SampleBlock(src, at));
+    }
+}
+
+#else
+
+/// The pixel at a position in 256ths, of four bytes. The last column and row count as the neighbours of those
+/// before them, so that all four pixels are there.
+KELMORA_INLINE uint32_t SampleByte(const WarpImage& src, int x, int y)
+{
+    int column = x >> 8, line = y >> 8;
+    column = column < src.bounds.right ? column : src.bounds.right - 1;
+    line = line < src.bounds.bottom ? line : src.bounds.bottom - 1;
+    const auto* pixel =
+        static_cast<const uint8_t*>(src.pixels) + line * src.step + static_cast<ptrdiff_t>(column) * 4;
+    const int right = x - column * 256, below = y - line * 256;
+#if defined(__SSE2__)
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i upper = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pixel));
+    const __m128i lower = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pixel + src.step));
+    const __m128i wide = _mm_unpacklo_epi8(upper, zero);
+    const __m128i step = _mm_mullo_epi16(_mm_sub_epi16(_mm_unpacklo_epi8(lower, zero), wide),
+                                         _mm_set1_epi16(static_cast<int16_t>(below)));
+    const __m128i value =
+        _mm_xor_si128(_mm_add_epi16(_mm_unpacklo_epi8(zero, upper), step), _mm_set1_epi16(-32768));
+    const __m128i pairs = _mm_unpacklo_epi16(value, _mm_srli_si128(value, 8));
+    const __m128i sum = _mm_madd_epi16(pairs, _mm_set1_epi32((256 - right) | right << 16));
+    const __m128i level = _mm_srli_epi32(_mm_add_epi32(sum, _mm_set1_epi32(32768 * 256 + 32768)), 16);
+    const __m128i words = _mm_packs_epi32(level, level);
+    return static_cast<uint32_t>(_mm_cvtsi128_si32(_mm_packus_epi16(words, words)));
+#else
+    uint8_t to[4];
+    for (int c = 0; c < 4; ++c) {
+        const uint8_t* p = pixel + c;
+        const int left = p[0] * (256 - below) + p[src.step] * below;
+        const int other = p[4] * (256 - below) + p[src.step + 4] * below;
+        to[c] = static_cast<uint8_t>((left * (256 - right) + other * right + 32768) >> 16);
+    }
+    uint32_t whole;
+    __builtin_memcpy(&whole, to, 4);
+    return whole;
+#endif
+}
+
+template <class Line>
+KELMORA_INLINE void ByteSpan(const WarpImage& src, const Line& line, WarpSpan span, void* dst)
+{
+    auto* to = static_cast<uint8_t*>(dst);
+    const WarpBounds& b = src.bounds;
+    for (int first = span.begin; first < span.end; first += kBlock, to += kBlock * 4) {
+        int32_t fixedX[kBlock], fixedY[kBlock];
+        unsigned inside = 0;
+        for (int i = 0; i < kBlock; i += kDoubles) {
+            F64 x, y;
+            inside |= BitsOf(line.At(first + i, x, y)) << i;
+            StoreRounded(fixedX + i, Cut(x, b.left * 256.0, b.right * 256.0));
+            StoreRounded(fixedY + i, Cut(y, b.top * 256.0, b.bottom * 256.0));
+        }
+        const int count = span.end - first < kBlock ? span.end - first : kBlock;
+        for (int i = 0; i < count; ++i) {
+            const uint32_t pixel = SampleByte(src, fixedX[i], fixedY[i]);
+            if (inside == kAllInside || (inside >> i & 1) != 0)
+                __builtin_memcpy(to + i * 4, &pixel, 4);
+        }
+    }
+}
+
+#endif
+
+// --- floats ---------------------------------------------------------------------------------------------
+
+typedef float Pixel __attribute__((vector_size(16), may_alias));
+
+KELMORA_INLINE Pixel Lerp(Pixel a, Pixel b, float weight)
+{
+    return a * (1.0f - weight) + b * weight;
+}
+
+KELMORA_INLINE Pixel SampleFloat(const WarpImage& src, double x, double y)
+{
+    const int column = static_cast<int>(x), line = static_cast<int>(y);
+    const float right = static_cast<float>(x - column);
+    const float below = static_cast<float>(y - line);
+    const ptrdiff_t toRight = column < src.bounds.right ? 16 : 0;
+    const ptrdiff_t toBelow = line < src.bounds.bottom ? src.step : 0;
+    const auto* from =
+        static_cast<const uint8_t*>(src.pixels) + line * src.step + static_cast<ptrdiff_t>(column) * 16;
+    const Pixel upper = Lerp(Load<Pixel>(from), Load<Pixel>(from + toRight), right);
+    from += toBelow;
+    const Pixel lower = Lerp(Load<Pixel>(from), Load<Pixel>(from + toRight), right);
+    return Lerp(upper, lower, below);
+}
+
+template <class Line>
+KELMORA_INLINE void FloatSpan(const WarpImage& src, const Line& line, WarpSpan span, void* dst)
+{
+    auto* to = static_cast<uint8_t*>(dst);
+    const WarpBounds& b = src.bounds;
+    for (int first = span.begin; first < span.end; first += kBlock, to += kBlock * 16) {
+        double x[kBlock], y[kBlock];
+        unsigned inside = 0;
+        for (int i = 0; i < kBlock; i += kDoubles) {
+            F64 atX, atY;
+            inside |= BitsOf(line.At(first + i, atX, atY)) << i;
+            Store(x + i, Cut(atX, b.left, b.right));
+            Store(y + i, Cut(atY, b.top, b.bottom));
+        }
+        const int count = span.end - first < kBlock ? span.end - first : kBlock;
+        for (int i = 0; i < count; ++i) {
+            const Pixel pixel = SampleFloat(src, x[i], y[i]);
+            if (inside == kAllInside || (inside >> i & 1) != 0)
+                Store(to + i * 16, pixel);
+        }
+    }
+}
+
+// --- rows -----------------------------------------------------------------------------------------------
+
+void AffineBytes(const AffineRow& row)
+{
+    ByteSpan(row.src, AffineLine(row, 256.0), row.span, row.dst);
+}
+
+void AffineFloats(const AffineRow& row)
+{
+    FloatSpan(row.src, AffineLine(row, 1.0), row.span, row.dst);
+}
+
+void PerspectiveBytes(const PerspectiveRow& row)
+{
+    ByteSpan(row.src, PerspectiveLine(row, 256.0), row.span, row.dst);
+}
+
+void PerspectiveFloats(const PerspectiveRow& row)
+{
+    FloatSpan(row.src, PerspectiveLine(row, 1.0), row.span, row.dst);
+}
+
+// --- separable: across, then down -----------------------------------------------------------------------
+
+KELMORA_INLINE void StoreAcross(uint8_t* out, U8 left, U8 right, U8 weight)
+{
+    Store(out, AcrossWords(RaiseLow(left), WidenLow(left), WidenLow(right), WidenLow(weight)));
+    Store(out + kVectorBytes,
+          AcrossWords(RaiseHigh(left), WidenHigh(left), WidenHigh(right), WidenHigh(weight)));
+}
+
+/// kPixels pixels of the row, each from its column on; columns past the last one are that one.
+struct Neighbours {
+    U8 left, right;
+};
+
+KELMORA_INLINE U32 PickPixels(const uint8_t* row, const int32_t* columns, int shift, int last)
+{
+    uint32_t picked[kPixels];
+    for (int i = 0; i < kPixels; ++i) {
+        const int column = columns[i] + shift < last ? columns[i] + shift : last;
+        __builtin_memcpy(&picked[i], row + static_cast<ptrdiff_t>(column) * 4, 4);
+    }
+    return Load<U32>(picked);
+}
+
+KELMORA_INLINE Neighbours PickNeighbours(const uint8_t* row, const int32_t* columns, int last)
+{
+#if defined(__AVX512BW__)
+    // Both ends of the block lie within two vectors unless the picture is shrunk to half and less.
+    const int first = columns[0] < columns[kPixels - 1] ? columns[0] : columns[kPixels - 1];
+    const int most = columns[0] < columns[kPixels - 1] ? columns[kPixels - 1] : columns[0];
+    if (most - first < 2 * kPixels - 1) {
+        const auto part = [](int count) {
+            return static_cast<__mmask16>(count >= 16 ? 0xFFFF : count > 0 ? (1 << count) - 1 : 0);
+        };
+        const uint8_t* from = row + static_cast<ptrdiff_t>(first) * 4;
+        const int there = last + 1 - first;
+        const __m512i low = _mm512_maskz_loadu_epi32(part(there), from);
+        const __m512i high = _mm512_maskz_loadu_epi32(part(there - 16), from + 64);
+        const __m512i index = _mm512_sub_epi32(_mm512_loadu_si512(columns), _mm512_set1_epi32(first));
+        const __m512i next = _mm512_add_epi32(index, _mm512_set1_epi32(1));
+        return {(U8)_mm512_permutex2var_epi32(low, index, high),
+                (U8)_mm512_permutex2var_epi32(low, next, high)};
+    }
+#endif
+    return {(U8)PickPixels(row, columns, 0, last), (U8)PickPixels(row, columns, 1, last)};
+}
+
+void AcrossBytes(const AcrossRow& across)
+{
+    const auto* row = static_cast<const uint8_t*>(across.row);
+    auto* out = static_cast<uint8_t*>(across.out);
+    if (across.left) {
+        const auto* weights = static_cast<const uint8_t*>(across.weights);
+        for (int i = 0; i < across.count; i += kPixels, out += 2 * kVectorBytes) {
+            const Neighbours at = PickNeighbours(row, across.left + i, across.lastColumn);
+            StoreAcross(out, at.left, at.right, Load<U8>(weights + i * 4));
+        }
+        return;
+    }
+    row += static_cast<ptrdiff_t>(across.firstLeft) * 4;
+    const U8 weight = U8{} + static_cast<uint8_t>(across.shiftWeight);
+    int i = 0;
+    // The neighbour of the last pixel may not be there; the table's way knows that.
+    for (; i + kPixels <= across.count && across.firstLeft + i + kPixels <= across.lastColumn;
+         i += kPixels, out += 2 * kVectorBytes)
+        StoreAcross(out, Load<U8>(row + i * 4), Load<U8>(row + i * 4 + 4), weight);
+    for (; i < across.count; i += kPixels, out += 2 * kVectorBytes) {
+        int32_t columns[kPixels];
+        for (int k = 0; k < kPixels; ++k)
+            columns[k] = i + k;
+        const int last = across.lastColumn - across.firstLeft;
+        StoreAcross(out, (U8)PickPixels(row, columns, 0, last), (U8)PickPixels(row, columns, 1, last),
+                    weight);
+    }
+}
+
+/// The mean, ties to even.
+KELMORA_INLINE U8 HalveEven(U8 a, U8 b)
+{
+    return Average(a, b) - ((a ^ b) & Average(a, b) & 1);
+}
+
+KELMORA_INLINE U8 BlendDown(const uint8_t* upper, const uint8_t* lower, I16 weights)
+{
+    const I32 round = I32{} + (32768 * 256 + 32768);
+    I16 halves[2];
+    for (int i = 0; i < 2; ++i) {
+        const I16 a = Load<I16>(upper + i * kVectorBytes), b = Load<I16>(lower + i * kVectorBytes);
+        const I32 low = MulAddPairs(InterleaveLow(a, b), weights) + round;
+        const I32 high = MulAddPairs(InterleaveHigh(a, b), weights) + round;
+        halves[i] = Pack((I32)((U32)low >> 16), (I32)((U32)high >> 16));
+    }
+    return Pack(halves[0], halves[1]);
+}
+
+void DownBytes(const DownRow& row)
+{
+    const auto* upper = static_cast<const uint8_t*>(row.upper);
+    const auto* lower = static_cast<const uint8_t*>(row.lower);
+    const auto* other = static_cast<const uint8_t*>(row.halveWith);
+    auto* dst = static_cast<uint8_t*>(row.dst);
+    const I16 weights = (I16)(I32{} + ((256 - row.weight) | row.weight << 16));
+    int i = 0;
+    for (; i + kPixels <= row.count; i += kPixels, upper += 2 * kVectorBytes, lower += 2 * kVectorBytes) {
+        U8 value = BlendDown(upper, lower, weights);
+        if (other)
+            value = HalveEven(Load<U8>(other + i * 4), value);
+        Store(dst + i * 4, value);
+    }
+    if (const int rest = (row.count - i) * 4; rest > 0) {
+        U8 value = BlendDown(upper, lower, weights);
+        if (other)
+            value = HalveEven(LoadPart<U8>(other + i * 4, rest), value);
+        StorePart(dst + i * 4, value, rest);
+    }
+}
+
+KELMORA_INLINE U8 LerpVector(U8 a, U8 b, I16 weight)
+{
+    const U16 low = RaiseLow(a) + (U16)(WidenLow(b) - WidenLow(a)) * (U16)weight + 128;
+    const U16 high = RaiseHigh(a) + (U16)(WidenHigh(b) - WidenHigh(a)) * (U16)weight + 128;
+    return Pack((I16)(low >> 8), (I16)(high >> 8));
+}
+
+void LerpBytes(const LerpRow& row)
+{
+    const I16 weight = I16{} + static_cast<int16_t>(row.weight);
+    int i = 0;
+    if (row.halveWith) {
+        for (; i + kVectorBytes <= row.bytes; i += kVectorBytes)
+            Store(row.dst + i,
+                  HalveEven(Load<U8>(row.halveWith + i),
+                            LerpVector(Load<U8>(row.first + i), Load<U8>(row.second + i), weight)));
+    } else {
+        for (; i + kVectorBytes <= row.bytes; i += kVectorBytes)
+            Store(row.dst + i, LerpVector(Load<U8>(row.first + i), Load<U8>(row.second + i), weight));
+    }
+    if (const int rest = row.bytes - i; rest > 0) {
+        U8 value = LerpVector(LoadPart<U8>(row.first + i, rest), LoadPart<U8>(row.second + i, rest), weight);
+        if (row.halveWith)
+            value = HalveEven(LoadPart<U8>(row.halveWith + i, rest), value);
+        StorePart(row.dst + i, value, rest);
+    }
+}
+
+void AcrossFloats(const AcrossRow& across)
+{
+    const auto* row = static_cast<const uint8_t*>(across.row);
+    auto* out = static_cast<uint8_t*>(across.out);
+    const auto pixel = [&](int column) {
+        return Load<Pixel>(
+            row + static_cast<ptrdiff_t>(column < across.lastColumn ? column : across.lastColumn) * 16);
+    };
+    for (int i = 0; i < across.count; ++i, out += 16) {
+        const int left = across.left ? across.left[i] : across.firstLeft + i;
+        const float weight =
+            across.left ? static_cast<const float*>(across.weights)[i] : across.shiftWeightFloat;
+        Store(out, Lerp(pixel(left), pixel(left + 1), weight));
+    }
+}
+
+void DownFloats(const DownRow& row)
+{
+    const auto* upper = static_cast<const uint8_t*>(row.upper);
+    const auto* lower = static_cast<const uint8_t*>(row.lower);
+    const auto* other = static_cast<const uint8_t*>(row.halveWith);
+    auto* dst = static_cast<uint8_t*>(row.dst);
+    const float first = 1.0f - row.weightFloat, second = row.weightFloat;
+    const ptrdiff_t bytes = static_cast<ptrdiff_t>(row.count) * 16;
+    const auto blend = [&](F32 a, F32 b) { return a * first + b * second; };
+    ptrdiff_t at = 0;
+    for (; at + kVectorBytes <= bytes; at += kVectorBytes) {
+        F32 value = blend(Load<F32>(upper + at), Load<F32>(lower + at));
+        if (other)
+            value = (Load<F32>(other + at) + value) * 0.5f;
+        Store(dst + at, value);
+    }
+    if (const int rest = static_cast<int>(bytes - at); rest > 0) {
+        F32 value = blend(LoadPart<F32>(upper + at, rest), LoadPart<F32>(lower + at, rest));
+        if (other)
+            value = (LoadPart<F32>(other + at, rest) + value) * 0.5f;
+        StorePart(dst + at, value, rest);
+    }
+}
+
+} // namespace
+
+extern const WarpKernels kWarpKernels;
+const WarpKernels kWarpKernels = {
+    AffineBytes,  AffineFloats, PerspectiveBytes, PerspectiveFloats, AcrossBytes,
+    AcrossFloats, DownBytes,    DownFloats,       LerpBytes,
+};
+
+} // namespace kelmora::KELMORA_VARIANT

@@ -1,0 +1,176 @@
+#include "image/primitives/separable_warp.h"
+
+#include <cmath>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/image/primitives/regions.h"
+#include "tests/image/variants.h"
+#include "tests/reference/picture.h"
+#include "tests/reference/rounding.h"
+#include "tests/reference/warp.h"
+
+namespace kelmora {
+namespace {
+
+using reference::Picture;
+using Coefficients = reference::AffineMap;
+
+constexpr std::uint32_t kFormats[] = {PF_BGRA8, PF_BGRA32F};
+
+/// Working space of just the size asked for, with marked bytes behind.
+class Work {
+public:
+    explicit Work(std::int64_t bytes)
+        : m_bytes(static_cast<std::size_t>(bytes)), m_memory(m_bytes + 128, 0xC3)
+    {
+        void* first = m_memory.data();
+        std::size_t room = m_memory.size();
+        m_first = static_cast<std::uint8_t*>(std::align(64, m_bytes, first, room));
+    }
+
+    void* First() { return m_first; }
+
+    bool IsIntact() const
+    {
+        for (const std::uint8_t* at = m_first + m_bytes; at < m_memory.data() + m_memory.size(); ++at)
+            if (*at != 0xC3)
+                return false;
+        return true;
+    }
+
+private:
+    std::size_t m_bytes;
+    std::vector<std::uint8_t> m_memory;
+    std::uint8_t* m_first;
+};
+
+AffineMap InverseOf(const Coefficients& map)
+{
+    const double rows[2][3] = {{map[0][0], map[0][1], map[0][2]}, {map[1][0], map[1][1], map[1][2]}};
+    AffineMap back = {};
+    EXPECT_EQ(InvertAffine(rows, back), pxOk);
+    return back;
+}
+
+WarpImage ImageOf(const GuardedPicture& picture, const WarpBounds& bounds)
+{
+    return {picture.Row(0), picture.Stride(), bounds};
+}
+
+/// All rows of `dst` in the order y = first, first + stride and so on around, between the columns.
+void WarpRows(const GuardedPicture& src, const WarpBounds& bounds, const Coefficients& map,
+              GuardedPicture& dst, WarpSpan columns, int stride, const GuardedPicture* halveWith)
+{
+    const bool floats = IsFloatFormat(src.Format());
+    const AffineMap back = InverseOf(map);
+    const WarpImage image = ImageOf(src, bounds);
+    ASSERT_TRUE(SeparableWarp::Serves(back, image));
+    Work work(SeparableWarp::WorkBytes(columns.end - columns.begin, floats));
+    SeparableWarp warp(image, back, columns, floats, work.First());
+    for (int i = 0; i < dst.Height(); ++i) {
+        const int y = i * stride % dst.Height();
+        const WarpSpan covered = warp.Covered(y);
+        if (covered.IsEmpty())
+            continue;
+        ASSERT_TRUE(covered.begin >= columns.begin && covered.end <= columns.end);
+        warp.Row(y, ElementAt<std::uint8_t>(dst, covered.begin, y),
+                 halveWith ? ElementAt<std::uint8_t>(*halveWith, covered.begin, y) : nullptr);
+    }
+    ASSERT_TRUE(work.IsIntact());
+}
+
+/// The means with another picture, ties to even, where `changed` tells the result from what was there before.
+Picture Halved(const Picture& result, const Picture& before, const Picture& other)
+{
+    Picture mean = result;
+    for (std::size_t i = 0; i < mean.values.size(); ++i)
+        if (result.values[i] != before.values[i])
+            mean.values[i] = mean.floats ? reference::RoundedToFloat(result.values[i] + other.values[i]) / 2.0
+                                         : std::nearbyint((result.values[i] + other.values[i]) / 2.0);
+    return mean;
+}
+
+void CheckRows(std::uint32_t format, int width, const WarpBounds& bounds, const Coefficients& map,
+               WarpSpan columns, Guard guard)
+{
+    if (testing::Test::HasFatalFailure())
+        return; // one message is enough
+    SCOPED_TRACE(testing::PrintToString(map) + ", " + std::to_string(width) + " wide");
+    GuardedPicture src(width, 9, format, {.guard = guard}), other(40, 14, format, {.guard = guard});
+    src.FillNoise(1);
+    src.Freeze();
+    other.FillNoise(2);
+    const reference::ResizeRegion region = {bounds.left, bounds.top, bounds.right - bounds.left + 1,
+                                            bounds.bottom - bounds.top + 1};
+    GuardedPicture before(40, 14, format, {.guard = guard});
+    Picture plain = reference::Read(before);
+    for (double& value : plain.values)
+        value = -1.0; // no result is
+    const Picture untouched = plain;
+    ASSERT_TRUE(reference::WarpAffine(reference::Read(src), region, plain,
+                                      {columns.begin, 0, columns.end - columns.begin, 14}, map,
+                                      reference::kLinear));
+    const Picture halved = Halved(plain, untouched, reference::Read(other));
+    ForEachVariant([&] {
+        for (const int stride : {1, 13, 5})
+            for (const bool halve : {false, true}) {
+                GuardedPicture dst(before);
+                WarpRows(src, bounds, map, dst, columns, stride, halve ? &other : nullptr);
+                Picture expected = halve ? halved : plain;
+                for (std::size_t i = 0; i < expected.values.size(); ++i)
+                    if (plain.values[i] == -1.0)
+                        expected.values[i] = 0.0; // as new pictures are
+                ASSERT_TRUE(reference::Matches(dst, expected))
+                    << "variant " << static_cast<int>(CurrentVariant()) << ", every " << stride
+                    << (halve ? ", halved" : "");
+                dst.Check();
+            }
+    });
+    src.Check();
+}
+
+const Coefficients kMaps[] = {
+    {{{1, 0, 0}, {0, 1, 0}}},         {{{1, 0, 4}, {0, 1, 2}}},          {{{1, 0, -3.3}, {0, 1, 1.6}}},
+    {{{1, 0, 0.25}, {0, 1, 0}}},      {{{1, 0, 0}, {0, 1, 0.25}}},       {{{1, 0, 2.0007}, {0, 1, -1.0004}}},
+    {{{1.7, 0, -2.3}, {0, 1.4, 1}}},  {{{0.6, 0, 3.1}, {0, 0.7, 2.2}}},  {{{-1.2, 0, 30.5}, {0, 1.1, 0.4}}},
+    {{{1.3, 0, 0.2}, {0, -0.9, 12}}}, {{{2, 0, 0}, {0, 1, 0}}},          {{{1, 0, 0}, {0, 3, -4}}},
+    {{{9.7, 0, -20}, {0, 7.3, -9}}},  {{{0.11, 0, 17}, {0, 0.2, 5.05}}}, {{{1, 0, 60}, {0, 1, 0}}},
+};
+
+TEST(SeparableWarp, EveryMapAndWidthInAnyOrderOfRows_MatchesThePlainVersion)
+{
+    for (const std::uint32_t format : kFormats)
+        for (const Coefficients& map : kMaps)
+            for (const int width : {1, 2, 3, 4, 5, 8, 15, 16, 17, 31, 33, 40})
+                CheckRows(format, width, {0, 0, width - 1, 8}, map, {0, 40},
+                          width % 2 != 0 ? Guard::PageEnd : Guard::PageStart);
+}
+
+TEST(SeparableWarp, BoundsAndColumns_AreAllThatIsTakenAndWritten)
+{
+    for (const std::uint32_t format : kFormats)
+        for (const Coefficients& map : kMaps)
+            for (const WarpBounds& bounds :
+                 {WarpBounds{3, 2, 20, 6}, {7, 4, 7, 4}, {0, 8, 29, 8}, {29, 0, 29, 8}})
+                for (const WarpSpan& columns : {WarpSpan{0, 40}, {5, 22}, {11, 12}})
+                    CheckRows(format, 30, bounds, map, columns, Guard::PageEnd);
+}
+
+TEST(SeparableWarp, RotatingMapsAndEnormousPictures_AreNotServed)
+{
+    GuardedPicture src(4, 4, PF_BGRA8);
+    const WarpImage image = ImageOf(src, {0, 0, 3, 3});
+    EXPECT_TRUE(SeparableWarp::Serves(InverseOf(kMaps[6]), image));
+    EXPECT_FALSE(SeparableWarp::Serves(InverseOf({{{1, 0.1, 0}, {0, 1, 0}}}), image));
+    EXPECT_FALSE(SeparableWarp::Serves(InverseOf({{{1, 0, 0}, {0.1, 1, 0}}}), image));
+    EXPECT_FALSE(SeparableWarp::Serves(InverseOf(kMaps[6]), ImageOf(src, {0, 0, 1 << 23, 3})));
+    EXPECT_FALSE(SeparableWarp::Serves(InverseOf(kMaps[6]), ImageOf(src, {0, 0, 3, 1 << 23})));
+}
+
+} // namespace
+} // namespace kelmora
