@@ -7,10 +7,13 @@
 #include <initializer_list>
 #include <new>
 
+#include "effects/fixing/crop_borders.h"
+#include "library/wrappers/active_camera.h"
 #include "library/wrappers/air_brush.h"
 #include "library/wrappers/color_melt.h"
 #include "library/wrappers/detail_enhancer.h"
 #include "library/wrappers/paper_collage.h"
+#include "library/wrappers/smear.h"
 #include "library/wrappers/water_color.h"
 
 namespace kelmora {
@@ -48,7 +51,10 @@ consteval std::array<Factory, kNumbers> ByNumber(std::initializer_list<Row> rows
 constexpr std::array<Factory, kNumbers> kFactories = ByNumber({
     {EffectColorMelt, Create<CWrapColorMelt>},
     {EffectPaperCollage, Create<CWrapPaperCollage>},
+    {EffectSmear, Create<CWrapSmear>},
+    {EffectActiveCamera, Create<CWrapActiveCamera>},
     {EffectAirBrush, Create<CWrapAirbrush>},
+    {EffectCropBorders, Create<CBorderCrop>},
     {EffectDetailEnhancer, Create<CWrapDetailEnhancer>},
     {EffectWaterColor, Create<CWrapWaterColor>},
 });

@@ -1,11 +1,13 @@
 #include "library/library_object.h"
 
+#include "image/frame_processor.h"
 #include "library/effect_numbers.h"
 #include "library/path_library.h"
 #include "platform/help_viewer.h"
 
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 namespace kelmora {
 namespace {
@@ -101,7 +103,7 @@ void* CKelmora::LibraryReserved()
 
 IFrameProcessor* CKelmora::CreateFrameProcessor()
 {
-    return nullptr;
+    return new (std::nothrow) FrameProcessor;
 }
 
 IPresetSaver* CKelmora::CreatePresetSaver()

@@ -24,7 +24,7 @@ struct Value {
     ParamKind kind = kNoKind;
     std::uint32_t word = 0;
     std::uint32_t wordY = 0;
-    bool asGiven = false; ///< may lie outside 0 to 1
+    bool asGiven = false; ///< may lie outside of what its kind holds
 };
 
 constexpr Value Level(double normalised)
@@ -58,6 +58,12 @@ constexpr Value Colour(std::uint32_t bbggrr)
 constexpr Value Check(bool on)
 {
     return {ParamCheck, on ? 1u : 0u};
+}
+
+/// A check box whose upper bytes, which nobody reads, are not 0.
+constexpr Value CheckAsGiven(std::uint32_t word)
+{
+    return {ParamCheck, word, 0, true};
 }
 
 constexpr Value Point(double x, double y)
@@ -122,7 +128,7 @@ consteval bool IsSound(const Value& value, const Knob& knob)
     case ParamColor:
         return value.word <= 0x00FFFFFF;
     case ParamCheck:
-        return value.word <= 1;
+        return value.asGiven || value.word <= 1;
     case ParamPoint:
         return true;
     }

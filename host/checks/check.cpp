@@ -46,7 +46,7 @@ std::vector<Check> AllChecks()
 {
     std::vector<Check> all;
     for (const auto& list : {kLibraryChecks, kObjectChecks, kTableChecks, kRenderChecks, kLayoutChecks,
-                             kHostileChecks, kMemoryChecks, kThreadChecks})
+                             kHostileChecks, kMemoryChecks, kProcessorChecks, kThreadChecks})
         all.insert(all.end(), list.begin(), list.end());
     return all;
 }

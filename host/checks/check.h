@@ -79,6 +79,7 @@ extern const std::span<const Check> kRenderChecks;
 extern const std::span<const Check> kLayoutChecks;
 extern const std::span<const Check> kHostileChecks;
 extern const std::span<const Check> kMemoryChecks;
+extern const std::span<const Check> kProcessorChecks;
 extern const std::span<const Check> kThreadChecks;
 
 /// All checks, in the order in which they are best run: what fails early explains what fails later.

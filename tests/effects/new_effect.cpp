@@ -1,9 +1,12 @@
 #include "tests/effects/new_effect.h"
 
+#include "effects/fixing/crop_borders.h"
+#include "library/wrappers/active_camera.h"
 #include "library/wrappers/air_brush.h"
 #include "library/wrappers/color_melt.h"
 #include "library/wrappers/detail_enhancer.h"
 #include "library/wrappers/paper_collage.h"
+#include "library/wrappers/smear.h"
 #include "library/wrappers/water_color.h"
 
 namespace kelmora {
@@ -21,6 +24,12 @@ HeldEffect NewEffect(EffectClass which)
         return HeldEffect(new CColormelt);
     case EffectClass::EmbossedPaperBlend:
         return HeldEffect(new CEmbossedPaperBlend);
+    case EffectClass::Smear:
+        return HeldEffect(new CSmear);
+    case EffectClass::Activecamera:
+        return HeldEffect(new CActivecamera);
+    case EffectClass::BorderCrop:
+        return HeldEffect(new CBorderCrop);
     case EffectClass::WrapAirbrush:
         return HeldEffect(new CWrapAirbrush);
     case EffectClass::WrapDetailEnhancer:
@@ -31,6 +40,10 @@ HeldEffect NewEffect(EffectClass which)
         return HeldEffect(new CWrapColorMelt);
     case EffectClass::WrapPaperCollage:
         return HeldEffect(new CWrapPaperCollage);
+    case EffectClass::WrapSmear:
+        return HeldEffect(new CWrapSmear);
+    case EffectClass::WrapActiveCamera:
+        return HeldEffect(new CWrapActiveCamera);
     }
     return nullptr;
 }
@@ -48,6 +61,12 @@ const char* NameOf(EffectClass which)
         return "ColorMelt";
     case EffectClass::EmbossedPaperBlend:
         return "PaperCollage";
+    case EffectClass::Smear:
+        return "Smear";
+    case EffectClass::Activecamera:
+        return "ActiveCamera";
+    case EffectClass::BorderCrop:
+        return "CropBorders";
     case EffectClass::WrapAirbrush:
         return "WrappedAirBrush";
     case EffectClass::WrapDetailEnhancer:
@@ -58,6 +77,10 @@ const char* NameOf(EffectClass which)
         return "WrappedColorMelt";
     case EffectClass::WrapPaperCollage:
         return "WrappedPaperCollage";
+    case EffectClass::WrapSmear:
+        return "WrappedSmear";
+    case EffectClass::WrapActiveCamera:
+        return "WrappedActiveCamera";
     }
     return "";
 }
@@ -73,6 +96,12 @@ std::string_view KeyOf(EffectClass which)
         return "water_color";
     case EffectClass::Colormelt:
         return "color_melt";
+    case EffectClass::Smear:
+        return "smear";
+    case EffectClass::Activecamera:
+        return "active_camera";
+    case EffectClass::BorderCrop:
+        return "crop_borders";
     default:
         return "paper_collage";
     }
@@ -91,15 +120,27 @@ EffectClass InnerOf(EffectClass which)
         return EffectClass::Colormelt;
     case EffectClass::WrapPaperCollage:
         return EffectClass::EmbossedPaperBlend;
+    case EffectClass::WrapSmear:
+        return EffectClass::Smear;
+    case EffectClass::WrapActiveCamera:
+        return EffectClass::Activecamera;
     default:
         return which;
     }
 }
 
-bool IsTransition(EffectClass which)
+Clock ClockOf(EffectClass which)
 {
-    const EffectClass inner = InnerOf(which);
-    return inner == EffectClass::Colormelt || inner == EffectClass::EmbossedPaperBlend;
+    switch (InnerOf(which)) {
+    case EffectClass::Colormelt:
+    case EffectClass::EmbossedPaperBlend:
+    case EffectClass::Smear:
+        return Clock::Progress;
+    case EffectClass::Activecamera:
+        return Clock::Time;
+    default:
+        return Clock::None;
+    }
 }
 
 } // namespace kelmora

@@ -20,18 +20,24 @@ enum class EffectClass {
     WaterColor,
     Colormelt,
     EmbossedPaperBlend,
+    Smear,
+    Activecamera,
+    BorderCrop,
     WrapAirbrush,
     WrapDetailEnhancer,
     WrapWaterColor,
     WrapColorMelt,
     WrapPaperCollage,
+    WrapSmear,
+    WrapActiveCamera,
 };
 
-inline constexpr EffectClass kAllEffects[] = {EffectClass::Airbrush,           EffectClass::UnsharpMask,
-                                              EffectClass::WaterColor,         EffectClass::Colormelt,
-                                              EffectClass::EmbossedPaperBlend, EffectClass::WrapAirbrush,
-                                              EffectClass::WrapDetailEnhancer, EffectClass::WrapWaterColor,
-                                              EffectClass::WrapColorMelt,      EffectClass::WrapPaperCollage};
+inline constexpr EffectClass kAllEffects[] = {
+    EffectClass::Airbrush,           EffectClass::UnsharpMask,        EffectClass::WaterColor,
+    EffectClass::Colormelt,          EffectClass::EmbossedPaperBlend, EffectClass::Smear,
+    EffectClass::Activecamera,       EffectClass::BorderCrop,         EffectClass::WrapAirbrush,
+    EffectClass::WrapDetailEnhancer, EffectClass::WrapWaterColor,     EffectClass::WrapColorMelt,
+    EffectClass::WrapPaperCollage,   EffectClass::WrapSmear,          EffectClass::WrapActiveCamera};
 
 /// A new object with one holder.
 HeldEffect NewEffect(EffectClass which);
@@ -45,7 +51,18 @@ std::string_view KeyOf(EffectClass which);
 /// The inner effect's class, for a wrapper's as for its own.
 EffectClass InnerOf(EffectClass which);
 
+/// What a frame is a function of, besides pictures and knobs.
+enum class Clock {
+    None,
+    Progress, ///< a transition from the first picture to the second
+    Time,
+};
+Clock ClockOf(EffectClass which);
+
 /// Whether it goes from the first picture to the second.
-bool IsTransition(EffectClass which);
+inline bool IsTransition(EffectClass which)
+{
+    return ClockOf(which) == Clock::Progress;
+}
 
 } // namespace kelmora

@@ -5,10 +5,13 @@
 #include <cstring>
 
 #include "tests/golden/effect_presets.h"
+#include "tests/reference/active_camera.h"
 #include "tests/reference/air_brush.h"
 #include "tests/reference/color_melt.h"
+#include "tests/reference/crop_borders.h"
 #include "tests/reference/detail_enhancer.h"
 #include "tests/reference/paper_collage.h"
+#include "tests/reference/smear.h"
 #include "tests/reference/water_color.h"
 
 namespace kelmora {
@@ -34,18 +37,49 @@ std::size_t FirstColour(EffectClass which)
                                                     : std::size_t{100};
 }
 
+ParamKind KindOf(EffectClass which, std::size_t knob)
+{
+    if (knob - FirstColour(which) < 2)
+        return ParamColor;
+    if ((which == EffectClass::Smear && knob == 4) || (which == EffectClass::BorderCrop && knob == 3))
+        return ParamChoice;
+    return which == EffectClass::Activecamera && knob == 8 ? ParamCheck : ParamFloat;
+}
+
+/// A number that is no level: "Blended" for Smear, "Overlay" for Crop Borders.
+float OwnNumber(EffectClass which, std::size_t knob)
+{
+    switch (KindOf(which, knob)) {
+    case ParamColor:
+        return knob == FirstColour(which) ? 0x44FEFE : 0x400080;
+    case ParamChoice:
+        return which == EffectClass::Smear ? 3.0f : 1.0f;
+    default:
+        return 1.0f;
+    }
+}
+
 /// One level for each knob, as Levels has them.
 std::vector<float> Filled(EffectClass which, const std::vector<float>& levels)
 {
     std::vector<float> filled = levels;
     for (std::size_t i = levels.size(); i < KnobCount(which); ++i)
-        filled.push_back(levels[i % levels.size()]);
-    const std::size_t colour = FirstColour(which);
-    if (levels.size() <= colour && colour < KnobCount(which)) {
-        filled[colour] = 0x44FEFE;
-        filled[colour + 1] = 0x400080;
-    }
+        filled.push_back(KindOf(which, i) == ParamFloat ? levels[i % levels.size()] : OwnNumber(which, i));
     return filled;
+}
+
+ParamValue KnobOf(ParamKind kind, float level)
+{
+    switch (kind) {
+    case ParamColor:
+        return ColorKnob(static_cast<std::uint32_t>(level));
+    case ParamChoice:
+        return ChoiceKnob(static_cast<std::uint32_t>(level));
+    case ParamCheck:
+        return CheckKnob(level != 0.0f);
+    default:
+        return LevelKnob(level);
+    }
 }
 
 /// What the inner effect reads.
@@ -72,6 +106,26 @@ reference::PaperCollageKnobs PaperCollageKnobs(const std::vector<float>& k)
     return {k.at(0), k.at(1), k.at(2), colour(3), colour(4), k.at(5), k.at(6), k.at(7), k.at(8), k.at(9)};
 }
 
+reference::SmearKnobs SmearKnobs(const std::vector<float>& k)
+{
+    return {k.at(0), k.at(1), k.at(2), k.at(3), static_cast<std::uint32_t>(k.at(4))};
+}
+
+reference::ActiveCameraKnobs ActiveCameraKnobs(const std::vector<float>& k)
+{
+    return {k.at(0), k.at(1), k.at(2), k.at(3), k.at(4), k.at(5), k.at(6), k.at(7), k.at(8) != 0.0f};
+}
+
+reference::CropBordersKnobs CropBordersKnobs(const std::vector<float>& k)
+{
+    return {k.at(0), k.at(1), k.at(2), static_cast<std::uint32_t>(k.at(3))};
+}
+
+reference::CameraMoment CameraMoment(const Moment& moment)
+{
+    return {moment.time, moment.pixelAspect.value_or(moment.halfHeight ? 2.0 : 1.0)};
+}
+
 } // namespace
 
 std::size_t KnobCount(EffectClass which)
@@ -83,15 +137,22 @@ std::size_t KnobCount(EffectClass which)
     case EffectClass::WrapAirbrush:
     case EffectClass::UnsharpMask:
         return 2;
+    case EffectClass::WrapSmear:
+        return 3;
     case EffectClass::WrapColorMelt:
+    case EffectClass::BorderCrop:
         return 4;
     case EffectClass::WrapWaterColor:
+    case EffectClass::Smear:
         return 5;
     case EffectClass::WaterColor:
     case EffectClass::Colormelt:
+    case EffectClass::WrapActiveCamera:
         return 6;
     case EffectClass::WrapPaperCollage:
         return 7;
+    case EffectClass::Activecamera:
+        return 9;
     case EffectClass::EmbossedPaperBlend:
         return 10;
     }
@@ -101,11 +162,9 @@ std::size_t KnobCount(EffectClass which)
 std::vector<ParamValue> Levels(EffectClass which, const std::vector<float>& levels)
 {
     const std::vector<float> filled = Filled(which, levels);
-    const std::size_t colour = FirstColour(which);
     std::vector<ParamValue> knobs;
     for (std::size_t i = 0; i < KnobCount(which); ++i)
-        knobs.push_back(i == colour || i == colour + 1 ? ColorKnob(static_cast<std::uint32_t>(filled[i]))
-                                                       : LevelKnob(filled[i]));
+        knobs.push_back(KnobOf(KindOf(which, i), filled[i]));
     return knobs;
 }
 
@@ -124,6 +183,11 @@ bool Render(IVideoEffect& effect, FakeHost& host, const Moment& moment, const Gu
             GuardedPicture& out)
 {
     InfoFields fields = moment.halfHeight ? FieldAtProgress(moment.progress) : AtProgress(moment.progress);
+    fields.time = moment.time;
+    if (moment.pixelAspect) {
+        fields.flags |= RenderHasAspect;
+        fields.pixelAspect = *moment.pixelAspect;
+    }
     const FlushInfo info(fields);
     VideoFrame first = in.Frame(), second = moment.second ? moment.second->Frame() : VideoFrame{},
                output = out.Frame();
@@ -147,26 +211,43 @@ bool Render(IVideoEffect& effect, FakeHost& host, const GuardedPicture& in, Guar
     return Render(effect, host, moment, in, out);
 }
 
+bool Succeeds(EffectClass which, const std::vector<float>& levels, std::int32_t width, std::int32_t height)
+{
+    if (which != EffectClass::BorderCrop)
+        return true;
+    const reference::CropBordersKnobs knobs = CropBordersKnobs(Filled(which, levels));
+    const reference::CropNumbers crop = reference::CropOf(knobs, width, height);
+    const bool zooms = knobs.style == 0 || knobs.style == 1, softens = knobs.style == 1 || knobs.style == 3;
+    return knobs.style < 4 && (!zooms || crop.IsInside(width, height))
+        && (knobs.style == 0 || (2 * crop.left < width && 2 * crop.top < height))
+        && (!softens || std::min(width, height) > 2);
+}
+
 void RenderFresh(EffectClass which, const std::vector<float>& levels, const Moment& moment,
                  const GuardedPicture& in, GuardedPicture& out)
 {
     FakeHost host(Levels(which, levels));
     const HeldEffect effect = NewEffect(which);
-    EXPECT_TRUE(Render(*effect, host, moment, in, out));
+    EXPECT_EQ(
+        Render(*effect, host, moment, in, out),
+        Succeeds(which, levels, std::min(in.Width(), out.Width()), std::min(in.Height(), out.Height())));
 }
 
 void RenderFresh(EffectClass which, const std::vector<float>& levels, const GuardedPicture& in,
                  GuardedPicture& out, bool halfHeight)
 {
-    FakeHost host(Levels(which, levels));
-    const HeldEffect effect = NewEffect(which);
-    EXPECT_TRUE(Render(*effect, host, in, out, halfHeight));
+    const GuardedPicture second = Incoming(in);
+    Moment moment;
+    moment.second = &second;
+    moment.halfHeight = halfHeight;
+    RenderFresh(which, levels, moment, in, out);
 }
 
 void RenderPlain(EffectClass which, const std::vector<float>& levels, const VideoFrame& in,
-                 const VideoFrame* second, const VideoFrame& out, double progress, bool halfHeight,
-                 Doubts* doubts)
+                 const VideoFrame* second, const VideoFrame& out, const Moment& moment, Doubts* doubts)
 {
+    const double progress = moment.progress;
+    const bool halfHeight = moment.halfHeight;
     const std::vector<float> k = InnerLevels(which, levels);
     switch (InnerOf(which)) {
     case EffectClass::Airbrush:
@@ -180,6 +261,15 @@ void RenderPlain(EffectClass which, const std::vector<float>& levels, const Vide
         break;
     case EffectClass::Colormelt:
         reference::ColorMelt(in, second, out, ColorMeltKnobs(k), progress, doubts ? &doubts->sway : nullptr);
+        break;
+    case EffectClass::Smear:
+        reference::Smear(in, second, out, SmearKnobs(k), {progress});
+        break;
+    case EffectClass::Activecamera:
+        reference::ActiveCamera(in, out, ActiveCameraKnobs(k), CameraMoment(moment));
+        break;
+    case EffectClass::BorderCrop:
+        reference::CropBorders(in, out, CropBordersKnobs(k), halfHeight);
         break;
     default:
         reference::PaperCollage(in, *second, out, PaperCollageKnobs(k), progress, halfHeight);
@@ -208,6 +298,18 @@ std::vector<GuardedPicture> LeftWithoutMemory(EffectClass which, const std::vect
                 knobs.rounding = 0;
             reference::PaperCollage(in.Frame(), secondFrame, left.back().Frame(), knobs, 0.4, false, false);
         }
+    if (InnerOf(which) == EffectClass::Smear)
+        for (const bool first : {false, true})
+            for (const bool other : {false, true}) { // all of it where only working rows were refused
+                left.push_back(before);
+                reference::Smear(in.Frame(), &secondFrame, left.back().Frame(), SmearKnobs(k),
+                                 {0.4, first, other});
+            }
+    if (which == EffectClass::BorderCrop)
+        for (const int steps : {1, 2, 3}) {
+            left.push_back(before);
+            reference::CropBordersUpTo(in.Frame(), left.back().Frame(), CropBordersKnobs(k), false, steps);
+        }
     return left;
 }
 
@@ -218,11 +320,12 @@ testing::AssertionResult AsPlain(EffectClass which, const std::vector<float>& le
     const GuardedPicture expected = before;
     const VideoFrame second = moment.second ? moment.second->Frame() : VideoFrame{};
     Doubts doubts;
-    RenderPlain(which, levels, in.Frame(), moment.second ? &second : nullptr, expected.Frame(),
-                moment.progress, moment.halfHeight, &doubts);
+    RenderPlain(which, levels, in.Frame(), moment.second ? &second : nullptr, expected.Frame(), moment,
+                &doubts);
     const EffectClass inner = InnerOf(which);
     if (!IsFloatFormat(in.Format()) || inner == EffectClass::WaterColor
-        || inner == EffectClass::EmbossedPaperBlend)
+        || inner == EffectClass::EmbossedPaperBlend || inner == EffectClass::Smear
+        || inner == EffectClass::Activecamera)
         return Equal(now, expected);
 
     double largest = LargestMagnitude(in);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,13 +18,16 @@ struct Moment {
     const GuardedPicture* second = nullptr; ///< the picture that a transition goes to
     double progress = 0.4;
     bool halfHeight = false;
+    double time = 0.0;
+    std::optional<double> pixelAspect = {};
 };
 
 /// How many knobs the class's own host answers for.
 std::size_t KnobCount(EffectClass which);
 
-/// The first KnobCount levels of `levels` as a host keeps them; a colour's level is its number. Where there
-/// are fewer they begin anew, and colours are the face's own.
+/// The first KnobCount levels of `levels` as a host keeps them; the level of a colour or a choice is its number,
+/// that of a check box 0 or 1. Where there are fewer levels begin anew; colours are the face's own, choices those
+/// with most steps, boxes are checked.
 std::vector<ParamValue> Levels(EffectClass which, const std::vector<float>& levels);
 
 /// A second picture where a test needs some: `in`, mirrored from left to right.
@@ -38,7 +42,10 @@ bool Render(IVideoEffect& effect, FakeHost& host, const Moment& moment, const Gu
 bool Render(IVideoEffect& effect, FakeHost& host, const GuardedPicture& in, GuardedPicture& out,
             bool halfHeight = false);
 
-/// The same with a new object and a new host, which must give true.
+/// Whether the effect succeeds with pictures of that size: Crop Borders has no border to soften in the smallest.
+bool Succeeds(EffectClass which, const std::vector<float>& levels, std::int32_t width, std::int32_t height);
+
+/// The same with a new object and a new host; the result must be that of Succeeds.
 void RenderFresh(EffectClass which, const std::vector<float>& levels, const Moment& moment,
                  const GuardedPicture& in, GuardedPicture& out);
 void RenderFresh(EffectClass which, const std::vector<float>& levels, const GuardedPicture& in,
@@ -50,9 +57,10 @@ struct Doubts {
     std::vector<double> sway;      ///< Color Melt, for each value: how far the blur's rounding moves it
 };
 
-/// What the plain version of the effect makes of `in` and the earlier `out`; `second` may be null.
+/// What the plain version of the effect makes of `in` and the earlier `out`; `second`, which stands for the
+/// moment's, may be null.
 void RenderPlain(EffectClass which, const std::vector<float>& levels, const VideoFrame& in,
-                 const VideoFrame* second, const VideoFrame& out, double progress, bool halfHeight,
+                 const VideoFrame* second, const VideoFrame& out, const Moment& moment,
                  Doubts* doubts = nullptr);
 
 /// What may be left in the output when memory is refused, with Incoming's picture at a progress of 0.4 and a
@@ -61,7 +69,7 @@ std::vector<GuardedPicture> LeftWithoutMemory(EffectClass which, const std::vect
                                               const GuardedPicture& in, const GuardedPicture& before);
 
 /// For EXPECT_TRUE: `now` is what the plain version makes of `in` and `before`. Bytes are equal, and so are
-/// the floats of effects that work in bytes.
+/// the floats of effects that work in bytes or whose every rounding is settled.
 ///
 /// Other floats lie within 16 units of 2^-24 of it, times the largest magnitude at hand where that is above
 /// 1. The plain version weighs with fractions rounded to single precision (half a unit each way in each of

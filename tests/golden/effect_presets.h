@@ -9,7 +9,7 @@
 namespace kelmora {
 
 /// A factory preset, typed in by hand: what the tables of the effects are compared with. A colour stands as
-/// its number, 0x00BBGGRR, which a float holds exactly.
+/// its number, 0x00BBGGRR, which a float holds exactly, and so do a choice and a check box.
 struct PresetRow {
     const char* name;
     float values[10]; ///< of the knobs in their order, as many as there are
@@ -149,31 +149,115 @@ inline constexpr AnswerRow kPaperCollageAnswers[] = {
     {0}, {1}, {-1, 0.495f}, {4}, {5}, {6}, {2}, {3}, {-1, 0.32f}, {-1, 0.725f},
 };
 
+/// "Blur", "Angle", "Direction", "Cross Fade", "Background".
+inline constexpr PresetRow kSmearPresets[] = {
+    {"Bottom Left", {0.28f, 0.377778f, 0.0f, 0.56f, 3}},
+    {"Bottom Right", {0.28f, 0.13f, 0.0f, 0.56f, 3}},
+    {"Down", {0.43f, 0.25f, 0.0f, 0.7f, 0}},
+    {"Horizontal Stretch", {1.0f, 0.0f, 0.5f, 0.795f, 1}},
+    {"Left", {0.56f, 0.0f, 1.0f, 0.72f, 3}},
+    {"Reset To None", {0.0f, 0.0f, 0.0f, 0.0f, 0}},
+    {"Right", {0.56f, 0.0f, 0.0f, 0.72f, 3}},
+    {"Top Left", {0.28f, 0.13f, 1.0f, 0.56f, 0}},
+    {"Top Right", {0.28f, 0.38f, 1.0f, 0.56f, 0}},
+    {"Up", {0.43f, 0.25f, 1.0f, 0.7f, 0}},
+    {"Vertical Stretch", {1.0f, 0.25f, 0.5f, 0.795f, 0}},
+};
+
+/// "Blur", "Angle", "Direction".
+inline constexpr PresetRow kWrapSmearPresets[] = {
+    {"Blur Left", {0.875f, 0.0f, 1.0f}},
+    {"Blur Right", {1.0f, 0.0f, 0.0f}},
+    {"Diagonal Left", {0.28f, 0.13f, 0.48f}},
+    {"Diagonal Right", {0.28f, 0.377778f, 0.52f}},
+    {"Horizontal Stretch", {1.0f, 0.0f, 0.5f}},
+    {"Reset To None", {0.0f, 0.0f, 0.0f}},
+    {"Shift Down", {0.345f, 0.25f, 0.0f}},
+    {"Shift Left", {0.33f, 0.0f, 1.0f}},
+    {"Shift Right", {0.33f, 0.0f, 0.0f}},
+    {"Shift Up", {0.37f, 0.25f, 1.0f}},
+    {"Top Left", {0.28f, 0.13f, 1.0f}},
+    {"Top Right", {0.28f, 0.38f, 1.0f}},
+    {"Vertical Stretch", {1.0f, 0.25f, 0.5f}},
+};
+inline constexpr AnswerRow kSmearAnswers[] = {{0}, {1}, {2}, {-1, 0.595f}, {-1, 3.0f}};
+
+/// "Horizontal", "Vertical", "Rotation", "Crop", "Rate", "Jitter", "Hold", "Blur", "Synchronize Axes".
+inline constexpr PresetRow kActiveCameraPresets[] = {
+    {"Dirt Road", {0.11f, 0.55f, 0.16f, 0.42f, 1.0f, 0.56f, 0.39f, 0.4f, 0}},
+    {"Hand Held", {0.21f, 0.19f, 0.04f, 0.34f, 0.67f, 0.54f, 0.34f, 0.21f, 0}},
+    {"Itchy Camera", {0.52f, 0.54f, 0.01f, 0.54f, 0.26f, 0.77f, 0.74f, 0.0f, 1}},
+    {"Jack Hammer", {0.08f, 0.615f, 0.0f, 0.45f, 0.9f, 0.91f, 0.26f, 0.4f, 1}},
+    {"Jumping Image", {0.71f, 0.73f, 0.0f, 0.59f, 0.26f, 0.0f, 1.0f, 0.47f, 0}},
+    {"Large Boat", {0.34f, 0.33f, 0.27f, 0.34f, 0.27f, 0.1f, 0.0f, 0.0f, 0}},
+    {"Reset To None", {0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0}},
+    {"Rocket Ship", {0.0f, 0.54f, 0.0f, 0.3f, 0.82f, 0.89f, 0.26f, 0.73f, 1}},
+    {"Seesaw", {0.0f, 0.0f, 1.0f, 0.3036f, 0.565f, 0.075f, 0.0f, 1.0f, 0}},
+    {"Stumbling Drunk", {0.4f, 0.38031f, 0.04f, 0.33f, 0.42f, 0.76f, 0.34f, 0.97f, 0}},
+    {"Subtle Moves", {0.07f, 0.1f, 0.0f, 0.12f, 0.0f, 0.21f, 0.44f, 0.0f, 1}},
+    {"Train Ride", {0.18f, 0.04f, 0.07f, 0.2f, 0.42f, 0.72f, 0.36f, 0.25f, 0}},
+    {"Wild Shaking", {1.0f, 1.0f, 1.0f, 1.0f, 1.0f, 1.0f, 0.19f, 1.0f, 0}},
+};
+
+/// "Horizontal", "Vertical", "Crop", "Rate", "Jitter", "Blur".
+inline constexpr PresetRow kWrapActiveCameraPresets[] = {
+    {"Dirt Road", {0.11f, 0.55f, 0.42f, 1.0f, 0.56f, 0.4f}},
+    {"Hand Held", {0.21f, 0.19f, 0.34f, 0.67f, 0.54f, 0.21f}},
+    {"Jack Hammer", {0.08f, 0.615f, 0.45f, 0.9f, 0.91f, 0.4f}},
+    {"Reset To None", {0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f}},
+    {"Rocket Ship", {0.0f, 0.54f, 0.3f, 0.82f, 0.89f, 0.73f}},
+    {"Stumbling Drunk", {0.4f, 0.38031f, 0.33f, 0.705f, 0.76f, 0.97f}},
+    {"Subtle Moves", {0.15f, 0.165f, 0.14f, 0.395f, 0.21f, 0.0f}},
+    {"Train Ride", {0.18f, 0.04f, 0.2f, 0.42f, 0.72f, 0.25f}},
+    {"Wild Shaking", {1.0f, 1.0f, 1.0f, 1.0f, 1.0f, 1.0f}},
+};
+inline constexpr AnswerRow kActiveCameraAnswers[] = {
+    {0}, {1}, {-1, 0.0f}, {2}, {3}, {4}, {-1, 0.0f}, {5}, {-1, 1.0f},
+};
+
+/// "Horiz Crop", "Vert Crop", "Feather", "Crop Style". There is no wrapper.
+inline constexpr PresetRow kCropBordersPresets[] = {
+    {"Fix Overscan", {0.215f, 0.17f, 0.35f, 0}},
+    {"Max Crop", {1.0f, 1.0f, 0.835f, 1}},
+    {"Picture in Picture", {1.0f, 1.0f, 0.0f, 3}},
+    {"Reset to None", {0.0f, 0.0001f, 0.0001f, 0}},
+    {"Zoom In", {1.0f, 1.0f, 0.0f, 0}},
+};
+inline constexpr AnswerRow kCropBordersAnswers[] = {{0}, {1}, {2}, {3}};
+
 // clang-format on
+
+/// What a frame of an effect goes by, besides the pictures.
+enum class Moments { One, OfProgress, OfTime };
 
 /// An effect with all of its presets.
 struct EffectRow {
     std::string_view key; ///< of its files
     const char* innerClass;
-    const char* wrapperClass;
+    const char* wrapperClass; ///< null without one
     std::span<const PresetRow> innerPresets;
     std::span<const PresetRow> wrapperPresets;
     std::size_t wrapperKnobs;
     std::span<const AnswerRow> answers; ///< one per inner knob
-    bool isTransition;
+    Moments moments;
 };
 
 inline constexpr EffectRow kEffectRows[] = {
     {"air_brush", "CAirbrush", "CWrapAirbrush", kAirBrushPresets, kAirBrushPresets, 2, kAirBrushAnswers,
-     false},
+     Moments::One},
     {"detail_enhancer", "CUnsharpMask", "CWrapDetailEnhancer", kDetailEnhancerPresets,
-     kWrapDetailEnhancerPresets, 1, kDetailEnhancerAnswers, false},
+     kWrapDetailEnhancerPresets, 1, kDetailEnhancerAnswers, Moments::One},
     {"water_color", "CWaterColor", "CWrapWaterColor", kWaterColorPresets, kWrapWaterColorPresets, 5,
-     kWaterColorAnswers, false},
+     kWaterColorAnswers, Moments::One},
     {"color_melt", "CColormelt", "CWrapColorMelt", kColorMeltPresets, kWrapColorMeltPresets, 4,
-     kColorMeltAnswers, true},
+     kColorMeltAnswers, Moments::OfProgress},
     {"paper_collage", "CEmbossedPaperBlend", "CWrapPaperCollage", kPaperCollagePresets,
-     kWrapPaperCollagePresets, 7, kPaperCollageAnswers, true},
+     kWrapPaperCollagePresets, 7, kPaperCollageAnswers, Moments::OfProgress},
+    {"smear", "CSmear", "CWrapSmear", kSmearPresets, kWrapSmearPresets, 3, kSmearAnswers,
+     Moments::OfProgress},
+    {"active_camera", "CActivecamera", "CWrapActiveCamera", kActiveCameraPresets, kWrapActiveCameraPresets, 6,
+     kActiveCameraAnswers, Moments::OfTime},
+    {"crop_borders", "CBorderCrop", nullptr, kCropBordersPresets, {}, 0, kCropBordersAnswers, Moments::One},
 };
 
 /// The row with this key, or null.

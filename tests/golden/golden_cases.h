@@ -21,7 +21,7 @@ struct GoldenCase {
     std::string preset;       ///< with the class before it: both have presets of the same names
     std::vector<float> knobs; ///< as the class's own host answers
     std::vector<float> inner; ///< what the inner effect reads
-    double progress;
+    double moment;            ///< a progress or a time
 
     /// "moving-64x48".
     std::string Picture() const;
@@ -31,8 +31,8 @@ struct GoldenCase {
 /// floats  whether the float formats or the byte formats are asked for
 std::vector<GoldenCase> GoldenCases(std::string_view effect, bool floats);
 
-/// A progress as manifests have it: "0", "0.25".
-std::string MomentText(double progress);
+/// A moment as manifests have it: "0", "0.25".
+std::string MomentText(double moment);
 
 /// A manifest's text: its comment, then a line for each case with the hash that `render` gives.
 template <class Render>
@@ -41,7 +41,7 @@ std::string ManifestText(std::string_view comment, const std::vector<GoldenCase>
     std::string text(comment);
     for (const GoldenCase& one : cases)
         text += one.Picture() + " " + std::string(FormatName(one.format)) + " " + one.preset + " "
-            + MomentText(one.progress) + " " + render(one) + "\n";
+            + MomentText(one.moment) + " " + render(one) + "\n";
     return text;
 }
 

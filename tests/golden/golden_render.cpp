@@ -15,7 +15,7 @@ GuardedPicture RenderCase(std::string_view effect, const GoldenCase& one)
         FakeHost host(Levels(which, one.knobs));
         Moment moment;
         moment.second = &second;
-        moment.progress = one.progress;
+        (ClockOf(which) == Clock::Time ? moment.time : moment.progress) = one.moment;
         EXPECT_TRUE(Render(*NewEffect(which), host, moment, in, out));
     }
     return out;

@@ -21,7 +21,7 @@ void CompareWithManifest(const std::string& effect, const std::string& manifestN
         const std::vector<GoldenCase> cases = GoldenCases(effect, floats);
         EXPECT_FALSE(cases.empty());
         for (const GoldenCase& one : cases)
-            EXPECT_TRUE(manifest.Matches(one.Picture(), FormatName(one.format), one.preset, one.progress,
+            EXPECT_TRUE(manifest.Matches(one.Picture(), FormatName(one.format), one.preset, one.moment,
                                          RenderCase(effect, one).Frame()));
         EXPECT_TRUE(manifest.AllUsed());
     }
@@ -76,6 +76,36 @@ TEST(Golden, PaperCollage_BytePicturesOfAllPresets_AreThePlainVersions)
 TEST(Golden, PaperCollage_FloatPicturesOfAllPresets_AreTheSameInEveryBuild)
 {
     CompareWithManifest("paper_collage", "paper_collage_float", true);
+}
+
+TEST(Golden, Smear_BytePicturesOfAllPresets_AreThePlainVersions)
+{
+    CompareWithManifest("smear", "smear", false);
+}
+
+TEST(Golden, Smear_FloatPicturesOfAllPresets_AreTheSameInEveryBuild)
+{
+    CompareWithManifest("smear", "smear_float", true);
+}
+
+TEST(Golden, ActiveCamera_BytePicturesOfAllPresets_AreThePlainVersions)
+{
+    CompareWithManifest("active_camera", "active_camera", false);
+}
+
+TEST(Golden, ActiveCamera_FloatPicturesOfAllPresets_AreTheSameInEveryBuild)
+{
+    CompareWithManifest("active_camera", "active_camera_float", true);
+}
+
+TEST(Golden, CropBorders_BytePicturesOfAllPresets_AreThePlainVersions)
+{
+    CompareWithManifest("crop_borders", "crop_borders", false);
+}
+
+TEST(Golden, CropBorders_FloatPicturesOfAllPresets_AreTheSameInEveryBuild)
+{
+    CompareWithManifest("crop_borders", "crop_borders_float", true);
 }
 
 } // namespace

@@ -6,10 +6,13 @@
 
 #include "tests/golden/effect_presets.h"
 #include "tests/golden/golden_cases.h"
+#include "tests/reference/active_camera.h"
 #include "tests/reference/air_brush.h"
 #include "tests/reference/color_melt.h"
+#include "tests/reference/crop_borders.h"
 #include "tests/reference/detail_enhancer.h"
 #include "tests/reference/paper_collage.h"
+#include "tests/reference/smear.h"
 #include "tests/reference/water_color.h"
 
 namespace kelmora {
@@ -19,7 +22,7 @@ void RenderPlain(const std::string& effect, const GoldenCase& one, const VideoFr
                  const VideoFrame& second, const VideoFrame& out)
 {
     const std::vector<float>& k = one.inner;
-    const auto colour = [&](std::size_t i) { return static_cast<std::uint32_t>(k.at(i)); };
+    const auto whole = [&](std::size_t i) { return static_cast<std::uint32_t>(k.at(i)); };
     if (effect == "air_brush")
         reference::AirBrush(in, out, k.at(0), k.at(1));
     else if (effect == "detail_enhancer")
@@ -28,12 +31,21 @@ void RenderPlain(const std::string& effect, const GoldenCase& one, const VideoFr
         reference::WaterColor(in, out, {k.at(0), k.at(1), k.at(2), k.at(3), k.at(4), k.at(5)}, false);
     else if (effect == "color_melt")
         reference::ColorMelt(in, &second, out, {k.at(0), k.at(1), k.at(2), k.at(3), k.at(4), k.at(5)},
-                             one.progress);
+                             one.moment);
+    else if (effect == "smear")
+        reference::Smear(in, &second, out, {k.at(0), k.at(1), k.at(2), k.at(3), whole(4)},
+                         {.progress = one.moment});
+    else if (effect == "active_camera")
+        reference::ActiveCamera(
+            in, out, {k.at(0), k.at(1), k.at(2), k.at(3), k.at(4), k.at(5), k.at(6), k.at(7), whole(8) != 0},
+            {one.moment});
+    else if (effect == "crop_borders")
+        reference::CropBorders(in, out, {k.at(0), k.at(1), k.at(2), whole(3)}, false);
     else
         reference::PaperCollage(
             in, second, out,
-            {k.at(0), k.at(1), k.at(2), colour(3), colour(4), k.at(5), k.at(6), k.at(7), k.at(8), k.at(9)},
-            one.progress, false);
+            {k.at(0), k.at(1), k.at(2), whole(3), whole(4), k.at(5), k.at(6), k.at(7), k.at(8), k.at(9)},
+            one.moment, false);
 }
 
 } // namespace

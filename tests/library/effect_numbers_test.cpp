@@ -23,10 +23,10 @@ constexpr std::array kEffects{
     Effect{101, "3D Pizza Boxes", 966, false}, //
     Effect{102, "Color Melt", 962, true},      //
     Effect{103, "Paper Collage", 962, true},   //
-    Effect{104, "Smear", 966, false},          //
-    Effect{105, "Active Camera", 965, false},  //
+    Effect{104, "Smear", 966, true},           //
+    Effect{105, "Active Camera", 965, true},   //
     Effect{106, "Air Brush", 961, true},       //
-    Effect{107, "Crop Borders", 965, false},   //
+    Effect{107, "Crop Borders", 965, true},    //
     Effect{108, "Detail Enhancer", 961, true}, //
     Effect{109, "Water Color", 961, true},     //
 };

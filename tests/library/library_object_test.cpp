@@ -13,6 +13,7 @@
 #include "tests/library/companion/companion_watch.h"
 #include "tests/library/seams.h"
 #include "tests/platform/test_folder.h"
+#include "tests/support/failing_new.h"
 
 namespace kelmora {
 namespace {
@@ -93,6 +94,40 @@ TEST_F(LibraryObject, CreateEffect_UnknownNumbers_GiveNull)
 {
     for (const std::int32_t number : {99, 110, 0, -1, -100, std::int32_t{-0x7FFFFFFF - 1}})
         EXPECT_EQ(library->CreateEffect(number), nullptr) << number;
+}
+
+TEST_F(LibraryObject, CreateFrameProcessor_EveryCall_GivesANewOneCountedOnce)
+{
+    IFrameProcessor* const first = library->CreateFrameProcessor();
+    IFrameProcessor* const second = library->CreateFrameProcessor();
+    ASSERT_NE(first, nullptr);
+    ASSERT_NE(second, nullptr);
+    EXPECT_NE(first, second);
+    EXPECT_EQ(Ask<IUnknown>(first), first);
+    EXPECT_EQ(first->AddRef(), 3u);
+    EXPECT_EQ(first->Release(), 2u);
+    EXPECT_EQ(first->Release(), 1u);
+    // It neither holds the library object nor counts as one.
+    EXPECT_EQ(DLLDependentObject::LiveObjectCount(), 1);
+    EXPECT_EQ(library->AddRef(), 2u);
+    EXPECT_EQ(library->Release(), 1u);
+    EXPECT_EQ(first->Release(), 0u);
+    EXPECT_EQ(second->Release(), 0u);
+}
+
+TEST_F(LibraryObject, CreateFrameProcessor_OutOfMemory_GivesNull)
+{
+    if (!FailingNew::Works())
+        GTEST_SKIP() << "operator new belongs to the sanitizer";
+    IFrameProcessor* processor = nullptr;
+    std::uint64_t refused = 0;
+    {
+        const FailingNew none(FailingNew::kNever, 0);
+        processor = library->CreateFrameProcessor();
+        refused = none.Refused();
+    }
+    EXPECT_EQ(processor, nullptr);
+    EXPECT_EQ(refused, 1u);
 }
 
 TEST_F(LibraryObject, ShowHelp_OpensTheHelpFileBesideTheLibraryAtTheTopic)

@@ -13,7 +13,14 @@ struct Id {
 struct VideoFrame;
 struct RenderInfo;
 struct PresetData;
-struct Rect;
+
+/// A rectangle of pixels; right and bottom belong to it.
+struct Rect {
+    int left;
+    int top;
+    int right;
+    int bottom;
+};
 
 struct ParamInfo {
     unsigned value;

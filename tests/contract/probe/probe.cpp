@@ -463,6 +463,8 @@ constexpr unsigned char kEffectLibraryId[16] = {0x5F, 0x0B, 0x8D, 0x9B, 0x5A, 0x
                                                 0x88, 0x9C, 0xF0, 0x57, 0x93, 0x4C, 0xE8, 0xA4};
 constexpr unsigned char kMemoryProviderId[16] = {0x81, 0x5B, 0x63, 0x9F, 0x6A, 0x50, 0xEE, 0x4D,
                                                  0x9D, 0xC7, 0x9E, 0x0B, 0xAB, 0xA2, 0xD5, 0xA2};
+constexpr unsigned char kFrameProcessorId[16] = {0x11, 0x9C, 0xD1, 0xB9, 0xCC, 0x28, 0x17, 0x4C,
+                                                 0x80, 0xC6, 0x23, 0x5D, 0xAD, 0x31, 0x68, 0x4A};
 constexpr unsigned char kUnknownId[16] = {0, 0, 0, 0, 0, 0, 0, 0, 0xC0, 0, 0, 0, 0, 0, 0, 0x46};
 
 // The bytes in a record of the id's own type, which may want an alignment.
@@ -676,6 +678,44 @@ void VisitEffect(IVideoEffect* effect, Visit* visit)
     PROBE_MAKE("IVideoEffect::Release", effect->Release());
 }
 
+/// Every operation works on what the one before it made, so that the last pictures show them all.
+void VisitProcessor(IFrameProcessor* processor, Visit* visit)
+{
+    Report* const report = visit->report;
+    const IdOf processorId(kFrameProcessorId);
+    const IdOf hostsOwnId(kMemoryProviderId);
+    void* view = nullptr;
+    PROBE_MAKE("IFrameProcessor::QueryInterface", processor->QueryInterface(&processorId.value, &view));
+    Note(report, "the processor's own view")->result = view == processor ? 1 : 0;
+    PROBE_MAKE("IFrameProcessor::AddRef", processor->AddRef());
+    PROBE_MAKE("IFrameProcessor::Release", processor->Release());
+    PROBE_MAKE("IFrameProcessor::Release", processor->Release());
+    PROBE_MAKE("IFrameProcessor::QueryInterface", processor->QueryInterface(&hostsOwnId.value, &view));
+
+    auto* const first = static_cast<VideoFrame*>(visit->firstPicture);
+    auto* const large = static_cast<VideoFrame*>(visit->large);
+    auto* const small = static_cast<VideoFrame*>(visit->small);
+    auto* const packed = static_cast<VideoFrame*>(visit->packed);
+    auto* const floats = static_cast<VideoFrame*>(visit->floats);
+    constexpr int order[4] = {1, 2, 0, 3};
+    constexpr Rect region = {3, 2, 20, 15};
+    PROBE_MAKE("Copy", processor->Copy(first, large));
+    PROBE_MAKE("Resize", processor->Resize(large, small, 2));
+    PROBE_MAKE("ReverseChannels", processor->ReverseChannels(small, large));
+    PROBE_MAKE("PermuteChannels", processor->PermuteChannels(large, order));
+    PROBE_MAKE("SetChannel", processor->SetChannel(large, 3, 99));
+    PROBE_MAKE("AlphaOver", processor->AlphaOver(small, large, first, ToBool(1)));
+    PROBE_MAKE("AlphaOver", processor->AlphaOver(large, small, first, ToBool(0)));
+    PROBE_MAKE("Premultiply", processor->Premultiply(large));
+    PROBE_MAKE("FlipVertical", processor->FlipVertical(large));
+    PROBE_MAKE("FlipVerticalTo", processor->FlipVerticalTo(large, small));
+    PROBE_MAKE("ResizeRegion", processor->ResizeRegion(small, &region, large, 1));
+    PROBE_MAKE("BGRAToYCbCr422", processor->BGRAToYCbCr422(large, packed, Arg<int>(7, 2)));
+    PROBE_MAKE("YCbCr422ToBGRA", processor->YCbCr422ToBGRA(packed, small, 200, Arg<int>(6, 3)));
+    PROBE_MAKE("YCbCrToARGB", processor->YCbCrToARGB(floats, floats));
+    PROBE_MAKE("ARGBToYCbCr", processor->ARGBToYCbCr(floats, floats));
+}
+
 void VisitLibrary(Visit* visit)
 {
     Report* const report = visit->report;
@@ -713,7 +753,9 @@ void VisitLibrary(Visit* visit)
     IFrameProcessor* processor = nullptr;
     PROBE_MAKE("IEffectLibrary::CreateFrameProcessor", processor = library->CreateFrameProcessor());
     if (processor) {
-        PROBE_MAKE("IFrameProcessor::Copy",
+        if (visit->large)
+            VisitProcessor(processor, visit);
+        PROBE_MAKE("IFrameProcessor, a null record",
                    processor->Copy(static_cast<VideoFrame*>(visit->firstPicture), nullptr));
         PROBE_MAKE("IFrameProcessor::Release", processor->Release());
     }

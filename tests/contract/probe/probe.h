@@ -17,7 +17,7 @@ struct Call {
 };
 
 struct Report {
-    Call calls[96];
+    Call calls[128];
     int count;
 };
 
@@ -71,6 +71,13 @@ struct Visit {
     void* secondPicture;
     void* output;
     void* info; ///< RenderInfo
+
+    // For the toolbox, VideoFrames; null for no work with it.
+    void* large;  ///< PF_BGRA8, of the first picture's size
+    void* small;  ///< PF_BGRA8, smaller
+    void* packed; ///< two bytes per pixel, of the first picture's size
+    void* floats; ///< PF_ARGB32F
+
     Report* report;
 
     // What the probe counted meanwhile.

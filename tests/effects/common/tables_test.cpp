@@ -59,6 +59,9 @@ TEST(Tables, Values_CarryTheirWordsAndKinds)
     EXPECT_EQ(Check(true).kind, ParamCheck);
     EXPECT_EQ(Check(true).word, 1u);
     EXPECT_EQ(Check(false).word, 0u);
+    EXPECT_EQ(CheckAsGiven(0x3EE8F501).kind, ParamCheck);
+    EXPECT_EQ(CheckAsGiven(0x3EE8F501).word, 0x3EE8F501u);
+    EXPECT_EQ(CheckAsGiven(0x3EE8F501).wordY, 0u);
     EXPECT_EQ(Point(0.5, 1.0).kind, ParamPoint);
     EXPECT_EQ(Point(0.5, 1.0).wordY, 0x3F800000u);
 }

@@ -3,6 +3,7 @@
 
 #include "contract/effect_library.h"
 #include "tests/host/fake_library/fake_effect.h"
+#include "tests/host/fake_library/fake_processor.h"
 #include "tests/host/fake_library/fault.h"
 
 namespace kelmora::fake {
@@ -50,7 +51,7 @@ public:
     }
     void KELMORA_CALL ShowHelp(void*, std::uint32_t) override {}
     void* KELMORA_CALL LibraryReserved() override { return nullptr; }
-    IFrameProcessor* KELMORA_CALL CreateFrameProcessor() override { return nullptr; }
+    IFrameProcessor* KELMORA_CALL CreateFrameProcessor() override { return new (std::nothrow) FakeProcessor; }
     IPresetSaver* KELMORA_CALL CreatePresetSaver() override { return nullptr; }
 
 private:

@@ -8,10 +8,12 @@
 
 #include <gtest/gtest.h>
 
+#include "library/wrappers/active_camera.h"
 #include "library/wrappers/air_brush.h"
 #include "library/wrappers/color_melt.h"
 #include "library/wrappers/detail_enhancer.h"
 #include "library/wrappers/paper_collage.h"
+#include "library/wrappers/smear.h"
 #include "library/wrappers/water_color.h"
 #include "tests/golden/effect_presets.h"
 #include "tests/support/fake_host.h"
@@ -29,7 +31,9 @@ bool RenderOnce(IVideoEffect& effect, IVideoHost* host, const GuardedPicture& in
                 bool halfHeight = false)
 {
     VideoFrame first = in.Frame(), second = in.Frame(), output = out.Frame();
-    RenderInfo info = MakeInfo(halfHeight ? FieldAtProgress(0.4) : AtProgress(0.4));
+    InfoFields fields = halfHeight ? FieldAtProgress(0.4) : AtProgress(0.4);
+    fields.time = 12.5;
+    RenderInfo info = MakeInfo(fields);
     return effect.Render(host, &first, &second, &output, &info);
 }
 
@@ -339,6 +343,94 @@ TEST(Wrapper, PaperCollageInside_HasTenKnobs)
         kPaperCollagePresets);
 }
 
+TEST(Wrapper, Smear_ShowsItsOwnTables)
+{
+    ExpectFaceOf<CWrapSmear>("Smear", 966,
+                             {Dial("Blur", {0, 0, 48, 30}, 0.8001f),
+                              {.name = "Angle",
+                               .rect = {66, 0, 48, 30},
+                               .initial = 0.0001f,
+                               .most = 360.0f,
+                               .hostFlag = 1,
+                               .angular = std::uint8_t{1}},
+                              TwoSided("Direction", {132, 0, 48, 30}, 1.0f)},
+                             kWrapSmearPresets);
+}
+
+TEST(Wrapper, ActiveCamera_ShowsItsOwnTables)
+{
+    ExpectFaceOf<CWrapActiveCamera>(
+        "Active Camera", 965,
+        {Dial("Horizontal", {0, 0, 48, 30}, 0.2f), Dial("Vertical", {66, 0, 48, 30}, 0.5f),
+         Dial("Crop", {132, 0, 48, 30}, 0.18f), Dial("Rate", {0, 90, 48, 30}, 0.9f),
+         Dial("Jitter", {66, 90, 48, 30}, 0.5f), Dial("Blur", {132, 90, 48, 30}, 0.505f)},
+        kWrapActiveCameraPresets);
+}
+
+TEST(Wrapper, ActiveCameraInside_HasNineKnobsInAClearedRecord)
+{
+    const KnobRow knobs[] = {{.name = "Horizontal", .rect = {0, 0, 48, 30}, .initial = 0.2f},
+                             {.name = "Vertical", .rect = {66, 0, 48, 30}, .initial = 0.5f},
+                             {.name = "Rotation", .rect = {132, 0, 48, 30}, .initial = 0.12f},
+                             {.name = "Crop", .rect = {198, 0, 48, 30}, .initial = 0.3f},
+                             {.name = "Rate", .rect = {0, 90, 48, 30}, .initial = 0.9f},
+                             {.name = "Jitter", .rect = {66, 90, 48, 30}, .initial = 0.5f},
+                             {.name = "Hold", .rect = {132, 90, 48, 30}, .initial = 0.3f},
+                             {.name = "Blur", .rect = {198, 90, 48, 30}, .initial = 0.4f}};
+    auto* const effect = new CActivecamera;
+    for (std::uint32_t k = 0; k < 8; ++k) {
+        SCOPED_TRACE(knobs[k].name);
+        const FlushRecord<ParamInfo> record(0xCC);
+        ASSERT_TRUE(effect->GetParamInfo(k, record.Get()));
+        ParamInfo expected = {};
+        expected.value = FloatWord(knobs[k].initial);
+        expected.kind = ParamFloat;
+        expected.scale.max = 100.0f;
+        std::strcpy(expected.name, knobs[k].name);
+        expected.rect = knobs[k].rect;
+        expected.shown = 1;
+        const ParamInfo info = record.Read();
+        EXPECT_EQ(std::memcmp(&info, &expected, sizeof info), 0);
+    }
+    const FlushRecord<ParamInfo> record(0xCC);
+    ASSERT_TRUE(effect->GetParamInfo(8, record.Get()));
+    ParamInfo expected = {}, info = record.Read();
+    expected.kind = ParamCheck;
+    std::strcpy(expected.name, "Synchronize Axes");
+    expected.rect = {0, 180, 114, 10};
+    expected.shown = 1;
+    EXPECT_EQ(std::memcmp(&info, &expected, sizeof info), 0);
+    std::memset(&info, 0xCC, sizeof info);
+    expected = {};
+    EXPECT_FALSE(effect->GetParamInfo(9, &info));
+    EXPECT_EQ(std::memcmp(&info, &expected, sizeof info), 0);
+    EXPECT_EQ(effect->Release(), 0u);
+}
+
+TEST(Wrapper, ActiveCameraInside_HasThirteenPresetsWithAWholeNumberForTheCheckBox)
+{
+    auto* const effect = new CActivecamera;
+    std::uint32_t p = 0;
+    for (const PresetRow& preset : kActiveCameraPresets) {
+        SCOPED_TRACE(preset.name);
+        EXPECT_STREQ(effect->GetPresetName(p), preset.name);
+        for (std::uint32_t k = 0; k < 9; ++k) {
+            ParamValue value = {1, 2, 77};
+            EXPECT_TRUE(effect->GetPresetValue(p, k, &value));
+            EXPECT_EQ(value.value,
+                      k < 8 ? FloatWord(preset.values[k]) : static_cast<std::uint32_t>(preset.values[k]));
+            EXPECT_EQ(value.valueY, 0u);
+        }
+        ++p;
+    }
+    EXPECT_EQ(p, 13u);
+    ParamValue value = {};
+    EXPECT_EQ(effect->GetPresetName(p), nullptr);
+    EXPECT_FALSE(effect->GetPresetValue(p, 0, &value));
+    EXPECT_FALSE(effect->GetPresetValue(0, 9, &value));
+    EXPECT_EQ(effect->Release(), 0u);
+}
+
 // --- interfaces -------------------------------------------------------------------------------------------
 
 TEST(Wrapper, QueryInterface_BothViews_AnswerAlikeOnOneCount)
@@ -632,6 +724,16 @@ TEST(Wrapper, PaperCollage_GivesTheInnerEffectsPicturesAtItsFixedBalanceTempoAnd
     }
 }
 
+TEST(Wrapper, ActiveCamera_GivesTheInnerEffectsPicturesSynchronizedWithoutTurnOrRest)
+{
+    for (const PresetRow& preset : kWrapActiveCameraPresets) {
+        const std::vector<float> v = ValuesOf(preset, 6);
+        std::vector<ParamValue> inner = LevelKnobs({v[0], v[1], 0.0f, v[2], v[3], v[4], 0.0f, v[5]});
+        inner.push_back({1, 0, ParamCheck});
+        ComparePictures<CWrapActiveCamera, CActivecamera>(LevelKnobs(v), inner);
+    }
+}
+
 /// The host's knobs that a wrapper asks for while it renders.
 template <class Wrapped>
 std::vector<KnobRead> ReadsOf(const std::vector<ParamValue>& knobs)
@@ -669,6 +771,17 @@ TEST(Wrapper, PaperCollage_AsksTheHostInTheInnerEffectsOrder)
                                      {2, ParamFloat},
                                      {6, ParamFloat},
                                      {3, ParamFloat}}));
+}
+
+TEST(Wrapper, ActiveCamera_AsksTheHostForItsSixKnobs)
+{
+    EXPECT_EQ(ReadsOf<CWrapActiveCamera>(LevelKnobs({0.5f, 0.5f, 0.5f, 0.5f, 0.5f, 0.5f})),
+              (std::vector<KnobRead>{{0, ParamFloat},
+                                     {1, ParamFloat},
+                                     {2, ParamFloat},
+                                     {3, ParamFloat},
+                                     {4, ParamFloat},
+                                     {5, ParamFloat}}));
 }
 
 TEST(Wrapper, DetailEnhancer_AsksTheHostForStrengthAlone)

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "effects/common/tables.h"
+
+namespace kelmora {
+
+inline constexpr Face<8, 19> kConfetti{
+    .name = "3D Confetti",
+    .helpId = 970,
+    .clearsRecord = true,
+    .knobs = {{
+        // name, default, (x, y, width, height), shown scale, hostFlag, angular
+        {"Shading", Level(0.85), {0, 0, 48, 30}, {{0, 100}}, 1},
+        {"Columns", Level(0.315), {66, 0, 48, 30}, {{1, 20}}, 0},
+        {"Rows", Level(0.21), {132, 0, 48, 30}, {{1, 20}}, 0},
+        {"Power", Level(0.5), {0, 90, 114, 10}, {{0, 100}}, 1},
+        {"Direction", Level(0.0), {66, 90, 48, 30}, {{0, 360}}, 1, 1},
+        {"Flutter", Level(0.41), {132, 90, 114, 20}, {{0, 100}}, 1},
+        {"Vacuum", Check(false), {88, 180, 72, 30}},
+        {"Reverse", Check(false), {0, 180, 72, 30}},
+    }},
+    // Kept: some words of check boxes carry the rest of a level above the byte that counts. Hosts and preset files
+    // copy them whole.
+    .presets = {{
+        // Shading, Columns, Rows, Power, Direction, Flutter, Vacuum, Reverse
+        {"Blow East",
+         {{Level(0.29), Level(0.368421), Level(0.263158), Level(0.485), Level(0.5), Level(0.64), Check(false),
+           Check(false)}}},
+        {"Blow North",
+         {{Level(0.29), Level(0.368421), Level(0.263158), Level(0.485), Level(0.25), Level(0.64),
+           Check(false), Check(false)}}},
+        {"Blow North East",
+         {{Level(0.29), Level(0.368421), Level(0.263158), Level(0.485), Level(0.375), Level(0.64),
+           Check(false), Check(false)}}},
+        {"Blow North West",
+         {{Level(0.29), Level(0.368421), Level(0.263158), Level(0.485), Level(0.125), Level(0.64),
+           Check(false), Check(false)}}},
+        {"Blow South",
+         {{Level(0.29), Level(0.368421), Level(0.263158), Level(0.485), Level(0.75), Level(0.64),
+           Check(false), Check(false)}}},
+        {"Blow South East",
+         {{Level(0.29), Level(0.368421), Level(0.263158), Level(0.485), Level(0.625), Level(0.64),
+           Check(false), Check(false)}}},
+        {"Blow South West",
+         {{Level(0.29), Level(0.368421), Level(0.263158), Level(0.485), Level(0.875), Level(0.64),
+           Check(false), Check(false)}}},
+        {"Blow West",
+         {{Level(0.29), Level(0.368421), Level(0.263158), Level(0.485), Level(0.0), Level(0.64), Check(false),
+           Check(false)}}},
+        {"Blowing Sticks",
+         {{Level(0.29), Level(0.0), Level(0.99), Level(0.0), Level(0.0), Level(0.0), Check(false),
+           Check(false)}}},
+        {"Dive Into Place",
+         {{Level(0.29), Level(0.0), Level(0.99), Level(0.0), Level(0.385), Level(0.0), Check(false),
+           Check(true)}}},
+        {"Dumping Logs",
+         {{Level(0.29), Level(0.0), Level(0.99), Level(0.485), Level(0.25), Level(0.0), Check(true),
+           Check(true)}}},
+        {"Lotsa Leaves",
+         {{Level(0.29), Level(0.722222), Level(0.591111), Level(1.0), Level(0.0), Level(0.64), Check(false),
+           CheckAsGiven(0x3EE8F500)}}},
+        {"Undo",
+         {{Level(0.29), Level(0.222222), Level(0.111111), Level(0.485), Level(0.0), Level(0.64), Check(false),
+           CheckAsGiven(0x3EE8F501)}}},
+        {"Vacuum East",
+         {{Level(0.29), Level(0.222222), Level(0.206111), Level(0.485), Level(0.5), Level(0.64),
+           CheckAsGiven(0x3EDEB801), CheckAsGiven(0x3EE8F500)}}},
+        {"Vacuum North",
+         {{Level(0.29), Level(0.222222), Level(0.161111), Level(0.485), Level(0.25), Level(0.64),
+           CheckAsGiven(0x3EDEB801), CheckAsGiven(0x3EE8F500)}}},
+        {"Vacuum South",
+         {{Level(0.29), Level(0.222222), Level(0.186111), Level(0.485), Level(0.75), Level(0.64),
+           CheckAsGiven(0x3EDEB801), CheckAsGiven(0x3EE8F500)}}},
+        {"Vacuum West",
+         {{Level(0.29), Level(0.222222), Level(0.206111), Level(0.485), Level(0.0), Level(0.64),
+           CheckAsGiven(0x3EDEB801), CheckAsGiven(0x3EE8F500)}}},
+        {"Wind Blown Panels Left",
+         {{Level(0.29), Level(0.22), Level(0.0), Level(0.395), Level(0.0), Level(0.64), Check(false),
+           CheckAsGiven(0x3EE8F500)}}},
+        {"Wind Blown Panels Right",
+         {{Level(0.29), Level(0.22), Level(0.0), Level(0.38), Level(0.5), Level(0.64), Check(false),
+           CheckAsGiven(0x3EE8F500)}}},
+    }},
+};
+
+} // namespace kelmora
