@@ -120,20 +120,6 @@ void OverFloatsStraight(const LooseFloat* a, const LooseFloat* b, LooseFloat* ou
 /// Of a pixel with alpha first: the lowest byte of its word.
 constexpr Word kFirstByte = 0xFF;
 
-Word OverArgbPremultiplied(Word a, Word b)
-{
-    return px::AddBytes(a, px::ScaleBytes(b, 255 - (a & kFirstByte)));
-}
-
-/// Alpha goes as a colour of 255 does, which makes it the sum of both shares. The shares are 255 at most
-/// together, so nothing passes 255.
-Word OverArgbStraight(Word a, Word b)
-{
-    const Word alpha = a & kFirstByte;
-    const Word t = px::ScaleBytes(b & kFirstByte, 255 - alpha);
-    return px::WeighBytes(a | kFirstByte, alpha, b | kFirstByte, t);
-}
-
 template <class RowOp>
 void ForRows(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, Size size, RowOp op)
 {
@@ -153,12 +139,11 @@ void OverFloats(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, Si
 
 void OverArgb(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, Size size, bool premultiplied)
 {
+    const RowKernels& kernels = RowKernelsFor(CurrentVariant());
+    const auto over = premultiplied ? kernels.overArgbPremultiplied : kernels.overArgb;
     ForRows(a, b, out, size,
             [=](const std::uint8_t* first, const std::uint8_t* second, std::uint8_t* to, int width) {
-                if (premultiplied)
-                    px::ZipPixelRow(first, second, to, width, OverArgbPremultiplied);
-                else
-                    px::ZipPixelRow(first, second, to, width, OverArgbStraight);
+                over({first, second, to, width});
             });
 }
 

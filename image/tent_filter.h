@@ -62,8 +62,8 @@ enum class TentResult {
 };
 
 /// Filters four-channel pictures, bytes or floats, with running sums: the price of a pixel does not depend
-/// on the number of taps, and the working space is a few rows from `allocator`. The sink may write to
-/// `src`'s memory only if no filtered row depends on what it overwrites: not at all, that is.
+/// on the number of taps, and the working space is a few rows from `allocator`. While it takes row y the sink may
+/// write to `src`'s rows up to y - (columnTaps - columnTaps / 2 + 1): they are read no more.
 ///
 /// Bytes come out exactly as from the column filter and the row filter in turn. Floats are summed in double
 /// with whole weights and divided once, so they may differ from sums with rounded weights in the last bit.

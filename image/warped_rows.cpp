@@ -1,5 +1,7 @@
 #include "image/warped_rows.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstring>
 
@@ -29,6 +31,12 @@ WarpedRows::WarpedRows(const FrameBuffer& picture, Size size, const Transform2D&
         return;
     m_image = {picture.GetPixels(), picture.GetStride(), {0, 0, size.width - 1, size.height - 1}};
     m_served = SeparableWarp::Serves(m_map, m_image);
+}
+
+bool WarpedRows::StayInTheirRows() const
+{
+    return m_served && m_map.isShift
+        && (m_floats ? m_map.y0 == 0.0 : std::fabs(m_map.y0) < std::min(kWarpSlack, 1.0 / 512));
 }
 
 void WarpedRows::Begin(void* work)

@@ -20,6 +20,10 @@ public:
     /// Whether this kind of picture and move is served.
     bool AreServed() const { return m_served; }
 
+    /// Whether every row comes of the same row of the picture alone, so that bands of rows may be taken for pictures
+    /// of their own.
+    bool StayInTheirRows() const;
+
     /// Working space that Begin takes for rows of `width` pixels, bytes or floats.
     static std::int64_t WorkBytes(int width, bool floats) { return SeparableWarp::WorkBytes(width, floats); }
 

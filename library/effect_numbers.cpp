@@ -11,8 +11,10 @@
 #include "library/wrappers/active_camera.h"
 #include "library/wrappers/air_brush.h"
 #include "library/wrappers/color_melt.h"
+#include "library/wrappers/confetti.h"
 #include "library/wrappers/detail_enhancer.h"
 #include "library/wrappers/paper_collage.h"
+#include "library/wrappers/pizza_boxes.h"
 #include "library/wrappers/smear.h"
 #include "library/wrappers/water_color.h"
 
@@ -49,6 +51,8 @@ consteval std::array<Factory, kNumbers> ByNumber(std::initializer_list<Row> rows
 
 // The numbers are also what presets are keyed on.
 constexpr std::array<Factory, kNumbers> kFactories = ByNumber({
+    {Effect3DConfetti, Create<CWrap3DConfetti>},
+    {Effect3DPizzaBoxes, Create<CWrap3DPizzaBoxes>},
     {EffectColorMelt, Create<CWrapColorMelt>},
     {EffectPaperCollage, Create<CWrapPaperCollage>},
     {EffectSmear, Create<CWrapSmear>},

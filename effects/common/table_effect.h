@@ -9,6 +9,7 @@
 #include "effects/common/frame.h"
 #include "effects/common/tables.h"
 #include "image/float_environment.h"
+#include "image/primitives/memory.h"
 
 namespace kelmora {
 
@@ -93,6 +94,7 @@ protected:
 
 private:
     HolderCount m_holders;
+    BlockKeeper m_keeper; // frames follow each other on one object
 };
 
 /// A TableEffect with a tool tip per knob.

@@ -4,21 +4,18 @@
 
 #include "effects/common/knob_reader.h"
 #include "effects/fixing/crop_borders_plan.h"
+#include "effects/fixing/crop_borders_rows.h"
 #include "image/image_ops.h"
 #include "image/pixel_format.h"
 
 namespace kelmora {
 namespace {
 
+using crop_borders::Crop;
+using crop_borders::CropRows;
 using crop_borders::Knobs;
 using crop_borders::Rect;
 using crop_borders::Style;
-
-/// What is kept of a picture, and how soft its edge is: sizes of a blur in pixels.
-struct Crop {
-    Rect kept;
-    float featherX, featherY;
-};
 
 /// Asks for the knobs in the order that hosts have always seen.
 Knobs ReadKnobs(IVideoHost& host)
@@ -105,15 +102,21 @@ bool MakeCropMask(FrameBuffer& mask, const Crop& crop, MemoryAllocator& allocato
         && ops.CopyChannel(shape, mask, 0, 0);
 }
 
-// Kept: the two styles below blend in the picture's own format. AlphaOver divides toward zero in alpha-first bytes
-// and rounds in alpha-last ones, so results are up to a level lower in the former.
+// Kept: AlphaOver weighs both pictures together in alpha-first bytes and each by itself in alpha-last ones, where two
+// results are cut to whole levels. So Overlay comes out up to a level lower in the latter.
 
 /// The kept part with a soft edge, over itself zoomed. Alpha is the source's.
 bool OverlayCrop(const FrameBuffer& src, FrameBuffer& dst, const Crop& crop, MemoryAllocator& allocator)
 {
+    ImageOps ops;
+    if (CropRows rows(src, dst, crop); rows.AreServed()) {
+        if (!rows.Begin(allocator) || !Zoom(src, dst, crop.kept))
+            return false;
+        rows.Overlay();
+        return true;
+    }
     const int alpha = AlphaIndex(src.GetFormat());
     FrameBuffer mask, zoomed;
-    ImageOps ops;
     return AllocateMask(mask, src, allocator) && AllocateLike(zoomed, src, allocator)
         && Zoom(src, zoomed, crop.kept) && ops.ExtendBorder(src, dst, crop.kept.left, crop.kept.top)
         && MakeCropMask(mask, crop, allocator) && ops.CopyChannel(mask, dst, 0, alpha)
@@ -125,10 +128,18 @@ bool OverlayCrop(const FrameBuffer& src, FrameBuffer& dst, const Crop& crop, Mem
 /// black a colour comes out times its alpha, so one alpha goes there as a colour and the other as alpha.
 bool TransparentCrop(const FrameBuffer& src, FrameBuffer& dst, const Crop& crop, MemoryAllocator& allocator)
 {
+    ImageOps ops;
+    if (CropRows rows(src, dst, crop); rows.AreServed()) {
+        if (!rows.Begin(allocator)) {
+            ops.ExtendBorder(src, dst, crop.kept.left, crop.kept.top);
+            return false;
+        }
+        rows.Transparent();
+        return true;
+    }
     const int alpha = AlphaIndex(src.GetFormat());
     const int colour = 3 - alpha;
     FrameBuffer mask, backdrop, carrier;
-    ImageOps ops;
     return ops.ExtendBorder(src, dst, crop.kept.left, crop.kept.top) && AllocateMask(mask, src, allocator)
         && MakeCropMask(mask, crop, allocator) && AllocateLike(backdrop, src, allocator)
         && AllocateLike(carrier, src, allocator) && ops.Fill(backdrop, 0) && ops.Fill(carrier, 0)

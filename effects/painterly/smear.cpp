@@ -1,5 +1,7 @@
 #include "effects/painterly/smear.h"
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "effects/common/knob_reader.h"
@@ -92,28 +94,61 @@ void AverageInto(FrameBuffer& mean, FrameBuffer& frame, const Transform2D& move,
     ops.Mix(frame, mean, 128, 128);
 }
 
-/// Draws the picture out into a streak, in `frame`; a negative step does so backward. `other` is working space.
-void Streak(const FrameBuffer& picture, FrameBuffer& frame, FrameBuffer& other, double turn,
-            Doublings doublings, const Scratch& scratch)
+/// A way along which a picture is drawn out: forward, or backward with a negative step.
+struct Way {
+    double turn;
+    Doublings doublings;
+};
+
+/// Draws the picture out into a streak, in `frame`. `other` is working space.
+void StreakWhole(const FrameBuffer& picture, FrameBuffer& frame, FrameBuffer& other, const Way& way,
+                 const Scratch& scratch)
 {
     // Every step goes from one frame to the other one, so the number of steps says where to begin.
+    Doublings doublings = way.doublings;
     FrameBuffer* from = doublings.count > 0 && doublings.count % 2 != 0 ? &other : &frame;
     FrameBuffer* to = from == &frame ? &other : &frame;
     Place(picture, *from);
     for (; doublings.count > 0; --doublings.count, doublings.step *= 2) {
-        AverageInto(*to, *from, StepAlong(turn, doublings.step), scratch);
+        AverageInto(*to, *from, StepAlong(way.turn, doublings.step), scratch);
         std::swap(from, to);
+    }
+}
+
+/// Rows from `top` on, as many as there are up to `rows`.
+void AttachBand(FrameBuffer& band, const FrameBuffer& picture, int top, int rows)
+{
+    const int height = std::clamp(picture.GetHeight() - top, 0, rows);
+    band.Attach(height > 0 ? picture.PixelAddress(0, top, 0) : nullptr, picture.GetWidth(), height,
+                picture.GetStride(), picture.GetPixelBytes(), picture.GetFormat(), picture.IsBottomUp());
+}
+
+/// The same, in bands that the caches hold through all the steps where no step leaves its row.
+void Streak(const FrameBuffer& picture, FrameBuffer& frame, FrameBuffer& other, const Way& way,
+            const Scratch& scratch)
+{
+    constexpr int kBandRows = 8;
+    const Doublings& doublings = way.doublings;
+    const double longest = std::ldexp(doublings.step, std::max(doublings.count - 1, 0));
+    if (doublings.count < 2 || !scratch.Bytes()
+        || !WarpedRows(frame, SizeOf(frame), StepAlong(way.turn, longest)).StayInTheirRows())
+        return StreakWhole(picture, frame, other, way, scratch);
+    for (int top = 0; top < frame.GetHeight(); top += kBandRows) {
+        FrameBuffer pictureBand, band, otherBand;
+        AttachBand(pictureBand, picture, top, kBandRows);
+        AttachBand(band, frame, top, kBandRows);
+        AttachBand(otherBand, other, 0, band.GetHeight());
+        StreakWhole(pictureBand, band, otherBand, way, scratch);
     }
 }
 
 /// The same with `moved` left as the last step moved the frame.
 // Kept: where a background is smaller than the streak, that shows.
-void StreakStepByStep(const FrameBuffer& picture, FrameBuffer& frame, FrameBuffer& moved, double turn,
-                      Doublings doublings)
+void StreakStepByStep(const FrameBuffer& picture, FrameBuffer& frame, FrameBuffer& moved, const Way& way)
 {
     Place(picture, frame);
-    for (; doublings.count > 0; --doublings.count, doublings.step *= 2)
-        AverageWithMoved(frame, moved, StepAlong(turn, doublings.step));
+    for (Doublings doublings = way.doublings; doublings.count > 0; --doublings.count, doublings.step *= 2)
+        AverageWithMoved(frame, moved, StepAlong(way.turn, doublings.step));
 }
 
 /// What a streak lies on; null for nothing.
@@ -165,21 +200,21 @@ void SmearClip(Clip clip, const Clips& clips, FrameBuffer& smeared, Size size, d
     const smear::Lengths lengths = smear::SplitLength(clip, length, knobs.direction);
     const double turn = smear::Turn(knobs.angle);
 
-    const Doublings there = smear::DoublingsFor(lengths.forward);
+    const Way there = {turn, smear::DoublingsFor(lengths.forward)};
     const Doublings across = smear::DoublingsFor(lengths.backward);
-    const Doublings back = {across.count, -across.step};
+    const Way back = {turn, {across.count, -across.step}};
     const FrameBuffer& picture = clips.Of(clip);
     const FrameBuffer* const ground = GroundOf(knobs.background, clips, clip);
     ImageOps ops;
     ops.Fill(smeared, 0); // a second picture may be smaller
     if (ground && CommonSize(*ground, smeared) != size) {
-        StreakStepByStep(picture, forward, smeared, turn, there);
-        StreakStepByStep(picture, backward, smeared, turn, back);
+        StreakStepByStep(picture, forward, smeared, there);
+        StreakStepByStep(picture, backward, smeared, back);
     } else {
         Scratch scratch;
         scratch.Allocate(allocator, WarpedRows::WorkBytes(size.width, IsFloat(picture.GetFormat())));
-        Streak(picture, forward, smeared, turn, there, scratch);
-        Streak(picture, backward, smeared, turn, back, scratch);
+        Streak(picture, forward, smeared, there, scratch);
+        Streak(picture, backward, smeared, back, scratch);
     }
 
     // The longer streak has the greater weight.

@@ -13,7 +13,7 @@ namespace kelmora {
 
 std::uint32_t MakeInterpolationCode(int mode, int smoothEdges)
 {
-    const std::uint32_t code = mode == 1 ? pxLinear : mode == 2 ? pxCubic : pxNearest;
+    const std::uint32_t code = mode == 0 ? pxNearest : mode == 1 ? pxLinear : mode == 2 ? pxCubic : 0;
     return smoothEdges > 0 ? code | pxSmoothEdges : code;
 }
 

@@ -20,7 +20,7 @@ struct ScreenPoint {
     double x = 0, y = 0;
 };
 
-/// The warp's code for a mode: 0 nearest, 1 linear, 2 cubic, any other nearest; `smoothEdges` above 0 smooths.
+/// The warp's code for a mode: 0 nearest, 1 linear, 2 cubic, any other none; `smoothEdges` above 0 smooths.
 std::uint32_t MakeInterpolationCode(int mode, int smoothEdges);
 
 /// Removes the dust of floating point: what is next to a whole number, or to 0, becomes it.

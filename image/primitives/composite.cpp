@@ -4,6 +4,7 @@
 #include "image/primitives/detail/layout.h"
 #include "image/primitives/detail/map.h"
 #include "image/primitives/detail/region.h"
+#include "image/primitives/row_kernels.h"
 
 namespace kelmora {
 namespace {
@@ -19,21 +20,6 @@ constexpr Word Premultiplied(Word pixel)
     return ScaleBytes(pixel | kAlphaByte, pixel >> 24);
 }
 
-/// Neither byte can pass 255: the products are at most alpha and 255 - alpha.
-struct Over {
-    Word operator()(Word first, Word second) const
-    {
-        return Premultiplied(first) + ScaleBytes(Premultiplied(second), 255 - (first >> 24));
-    }
-};
-
-struct OverPremultiplied {
-    Word operator()(Word first, Word second) const
-    {
-        return AddBytes(first, ScaleBytes(second, 255 - (first >> 24)));
-    }
-};
-
 } // namespace
 
 PxStatus pxAlphaComposite_8u_C4(const u8* src1, int src1Step, const u8* src2, int src2Step, u8* dst,
@@ -45,15 +31,10 @@ PxStatus pxAlphaComposite_8u_C4(const u8* src1, int src1Step, const u8* src2, in
         return status;
     if (const PxStatus status = CheckStep(src2Step, width, 4))
         return status;
-    for (int y = 0; y < height; ++y) {
-        const u8* first = Row(src1, src1Step, y);
-        const u8* second = Row(src2, src2Step, y);
-        u8* to = Row(dst, dstStep, y);
-        if (op == pxAlphaOverPremultiplied)
-            ZipPixelRow(first, second, to, width, OverPremultiplied{});
-        else
-            ZipPixelRow(first, second, to, width, Over{});
-    }
+    const RowKernels& kernels = RowKernelsFor(CurrentVariant());
+    const auto over = op == pxAlphaOverPremultiplied ? kernels.overBgraPremultiplied : kernels.overBgra;
+    for (int y = 0; y < height; ++y)
+        over({Row(src1, src1Step, y), Row(src2, src2Step, y), Row(dst, dstStep, y), width});
     return pxOk;
 }
 

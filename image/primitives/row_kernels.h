@@ -50,6 +50,15 @@ struct MixRow {
     Weight secondWeight;
 };
 
+/// Four-byte pixels of `first` over those of `second`, see pxAlphaComposite_8u_C4 and ImageOps::AlphaOver. `dst` may
+/// be one of the others.
+struct OverRow {
+    const void* first;
+    const void* second;
+    void* dst;
+    int pixels;
+};
+
 /// The loops for one instruction set.
 struct RowKernels {
     void (*twistBytes)(const TwistRow&);
@@ -61,6 +70,10 @@ struct RowKernels {
     void (*mixFloats)(const MixRow<float>&);
     void (*halveBytes)(const void* src, void* dst, int values); ///< to nearest, ties to even
     void (*halveFloats)(const void* src, void* dst, int values);
+    void (*overBgra)(const OverRow&);
+    void (*overBgraPremultiplied)(const OverRow&);
+    void (*overArgb)(const OverRow&);
+    void (*overArgbPremultiplied)(const OverRow&);
 };
 
 const RowKernels& RowKernelsFor(CpuVariant variant);

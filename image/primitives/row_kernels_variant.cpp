@@ -347,10 +347,109 @@ void HalveFloats(const void* src, void* dst, int values)
         });
 }
 
+// --- over -----------------------------------------------------------------------------------------------
+//
+// Pixels as the words of their even bytes and those of their odd ones.
+
+struct ByteHalves {
+    U16 even, odd;
+};
+
+KELMORA_INLINE ByteHalves Halves(U32 pixels)
+{
+    return {(U16)(pixels & 0x00FF00FFu), (U16)((pixels >> 8) & 0x00FF00FFu)};
+}
+
+KELMORA_INLINE U32 Whole(ByteHalves halves)
+{
+    return (U32)halves.even | (U32)halves.odd << 8;
+}
+
+/// p / 255 toward zero, see detail/byte_product.h.
+KELMORA_INLINE U16 By255(U16 p)
+{
+    return (p + (p >> 8) + 1) >> 8;
+}
+
+/// The low byte of each element as two words.
+KELMORA_INLINE U16 InBothWords(U32 level)
+{
+    return (U16)(level | level << 16);
+}
+
+KELMORA_INLINE ByteHalves Scaled(ByteHalves v, U16 even, U16 odd)
+{
+    return {By255(v.even * even), By255(v.odd * odd)};
+}
+
+KELMORA_INLINE U32 AddSaturatedBytes(U32 a, U32 b)
+{
+    return (U32)AddSaturated((U8)a, (U8)b);
+}
+
+struct StraightBgra {
+    KELMORA_INLINE U32 Over(U32 first, U32 second)
+    {
+        const U32 alpha = first >> 24, below = second >> 24;
+        const U32 kept = 255u - alpha;
+        // Alpha itself goes by 255, that is unchanged.
+        const ByteHalves top = Scaled(Halves(first), InBothWords(alpha), (U16)(alpha | 255u << 16));
+        const ByteHalves ground = Scaled(Halves(second), InBothWords(below), (U16)(below | 255u << 16));
+        const ByteHalves rest = Scaled(ground, InBothWords(kept), InBothWords(kept));
+        return Whole({(U16)(top.even + rest.even), (U16)(top.odd + rest.odd)});
+    }
+};
+
+struct StraightArgb {
+    KELMORA_INLINE U32 Over(U32 first, U32 second)
+    {
+        const U32 alpha = first & 0xFFu;
+        const U32 share = (U32)By255((U16)((U16)(second & 0xFFu) * (U16)(255u - alpha)));
+        const U16 top = InBothWords(alpha), ground = InBothWords(share);
+        const ByteHalves a = Halves(first | 0xFFu), b = Halves(second | 0xFFu);
+        return Whole({By255(a.even * top + b.even * ground), By255(a.odd * top + b.odd * ground)});
+    }
+};
+
+template <bool alphaFirst>
+struct Premultiplied {
+    KELMORA_INLINE U32 Over(U32 first, U32 second)
+    {
+        const U16 kept = InBothWords(255u - (alphaFirst ? first & 0xFFu : first >> 24));
+        return AddSaturatedBytes(first, Whole(Scaled(Halves(second), kept, kept)));
+    }
+};
+
+template <class Op>
+void OverPixels(const OverRow& row)
+{
+    const auto* first = static_cast<const uint8_t*>(row.first);
+    const auto* second = static_cast<const uint8_t*>(row.second);
+    auto* dst = static_cast<uint8_t*>(row.dst);
+    ForVectors(
+        static_cast<ptrdiff_t>(row.pixels) * 4,
+        [=](ptrdiff_t at) { Store(dst + at, Op::Over(Load<U32>(first + at), Load<U32>(second + at))); },
+        [=](ptrdiff_t at, int count) {
+            StorePart(dst + at, Op::Over(LoadPart<U32>(first + at, count), LoadPart<U32>(second + at, count)),
+                      count);
+        });
+}
+
 } // namespace
 
 extern const RowKernels kRowKernels;
-const RowKernels kRowKernels = {TwistBytes, TwistFloats, SharpenBytes, BlendBytes, BlendFloats,
-                                MixBytes,   MixFloats,   HalveBytes,   HalveFloats};
+const RowKernels kRowKernels = {TwistBytes,
+                                TwistFloats,
+                                SharpenBytes,
+                                BlendBytes,
+                                BlendFloats,
+                                MixBytes,
+                                MixFloats,
+                                HalveBytes,
+                                HalveFloats,
+                                OverPixels<StraightBgra>,
+                                OverPixels<Premultiplied<false>>,
+                                OverPixels<StraightArgb>,
+                                OverPixels<Premultiplied<true>>};
 
 } // namespace kelmora::KELMORA_VARIANT

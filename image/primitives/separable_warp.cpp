@@ -57,25 +57,32 @@ SeparableWarp::SeparableWarp(const WarpImage& src, const AffineMap& map, WarpSpa
     if (m_map.isShift)
         m_shift = ShiftedPlace(0, m_map.x0, std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
 
+    if (m_map.isShift) {
+        // Floats whose positions were cut have a weight of their own. Bytes at the ends have none to cut.
+        const int first = m_columns.begin + m_shift.index, last = m_columns.end - 1 + m_shift.index;
+        m_inSteps = first >= src.bounds.left && last <= src.bounds.right
+            && (last < src.bounds.right || m_shift.weightFloat == 0.0f);
+        m_firstLeft = first;
+    }
+    if (!m_inSteps)
+        MakeTable();
+}
+
+void SeparableWarp::MakeTable()
+{
     const int count = m_columns.end - m_columns.begin;
+    const WarpBounds& bounds = m_src.bounds;
     Place place = {};
     for (int i = 0; i < RoundUp(count, WarpKernels::kBlock); ++i) {
         const int x = m_columns.begin + i;
         if (i < count) // what fills the last block up repeats its last pixel
-            place = m_map.isShift ? ShiftedPlace(x, m_map.x0, src.bounds.left, src.bounds.right)
-                                  : PlaceOf(m_map.X(x, m_map.RowX(0)), src.bounds.left, src.bounds.right);
+            place = m_map.isShift ? ShiftedPlace(x, m_map.x0, bounds.left, bounds.right)
+                                  : PlaceOf(m_map.X(x, m_map.RowX(0)), bounds.left, bounds.right);
         m_left[i] = place.index;
         if (m_floats)
             static_cast<float*>(m_weights)[i] = place.weightFloat;
         else
             std::memset(static_cast<std::uint8_t*>(m_weights) + 4 * i, place.weight, 4);
-    }
-    if (m_map.isShift) {
-        // Floats whose positions were cut have a weight of their own. Bytes at the ends have none to cut.
-        const int last = m_columns.begin + count - 1 + m_shift.index;
-        const bool cut = m_columns.begin + m_shift.index < src.bounds.left || last > src.bounds.right
-            || (last == src.bounds.right && m_shift.weightFloat != 0.0f);
-        m_inSteps = !cut;
     }
 }
 
@@ -146,7 +153,7 @@ void* SeparableWarp::AcrossOf(int line)
     across.weights = m_weights;
     if (m_inSteps) {
         across.left = nullptr;
-        across.firstLeft = m_left[0];
+        across.firstLeft = m_firstLeft;
         across.shiftWeight = m_shift.weight;
         across.shiftWeightFloat = m_shift.weightFloat;
     }
@@ -159,9 +166,9 @@ void SeparableWarp::LerpAlongOneAxis(const Place& line, void* dst, const void* h
 {
     const int next = std::min(line.index + 1, m_src.bounds.bottom);
     LerpRow row = {};
-    row.first = SourceRow(line.index) + static_cast<std::ptrdiff_t>(m_left[0]) * 4;
+    row.first = SourceRow(line.index) + static_cast<std::ptrdiff_t>(m_firstLeft) * 4;
     row.second =
-        m_shift.weight != 0 ? row.first + 4 : SourceRow(next) + static_cast<std::ptrdiff_t>(m_left[0]) * 4;
+        m_shift.weight != 0 ? row.first + 4 : SourceRow(next) + static_cast<std::ptrdiff_t>(m_firstLeft) * 4;
     row.dst = static_cast<std::uint8_t*>(dst);
     row.bytes = (m_columns.end - m_columns.begin) * 4;
     row.weight = m_shift.weight != 0 ? m_shift.weight : line.weight;

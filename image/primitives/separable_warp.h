@@ -37,6 +37,7 @@ private:
     Place PlaceOf(double position, int low, int high) const;
     Place ShiftedPlace(int index, double shift, int low, int high) const;
     Place LineOf(int y) const;
+    void MakeTable();
     const std::uint8_t* SourceRow(int line) const;
     void* AcrossOf(int line);
     void LerpAlongOneAxis(const Place& line, void* dst, const void* halveWith) const;
@@ -48,6 +49,7 @@ private:
     bool m_floats;
     Place m_shift = {};     ///< of column 0, for a shift
     bool m_inSteps = false; ///< every covered column is one on from that of the pixel before, with one weight
+    int m_firstLeft = 0;    ///< the first one then
 
     std::int32_t* m_left;
     void* m_weights;

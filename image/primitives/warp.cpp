@@ -363,7 +363,7 @@ Quad QuadOf(const double coeffs[3][3], const WarpBounds& bounds)
     for (int k = 0; k < 4; ++k) {
         const auto form = [&](int i) { return coeffs[i][0] * x[k] + (coeffs[i][1] * y[k] + coeffs[i][2]); };
         const double w = form(2);
-        const double q = 1.0 / w;
+        const double q = w != 0.0 ? 1.0 / w : 0.0; // no matter which: not finite below
         quad.corners[k] = {form(0) * q, form(1) * q};
         before += w > 0.0;
         behind += w < 0.0;
@@ -388,6 +388,42 @@ Point NearestOnEdge(Point a, Point b, Point p)
     const double t = square > 0.0 ? std::clamp(along / square, 0.0, 1.0) : 0.0;
     return {a.x + t * dx, a.y + t * dy};
 }
+
+/// The lines through a quadrangle's edges, outward.
+class Outline {
+public:
+    explicit Outline(const Quad& quad)
+    {
+        double area = 0.0;
+        for (int k = 0; k < 4; ++k) {
+            const Point a = quad.corners[k], b = quad.corners[(k + 1) % 4];
+            area += a.x * b.y - b.x * a.y;
+        }
+        for (int k = 0; k < 4; ++k) {
+            const Point a = quad.corners[k], b = quad.corners[(k + 1) % 4];
+            const double length = (area < 0.0 ? -1.0 : 1.0) * Distance(a, b);
+            if (length == 0.0)
+                continue; // no direction, and nothing that the other edges do not know
+            m_lines[k] = {(b.y - a.y) / length, (a.x - b.x) / length, 0.0};
+            m_lines[k].offset = -(m_lines[k].x * a.x + m_lines[k].y * a.y);
+        }
+    }
+
+    /// No point of the quadrangle is nearer than this to p, but for rounding.
+    double LeastDistance(Point p) const
+    {
+        double most = 0.0;
+        for (const Line& line : m_lines)
+            most = std::max(most, line.x * p.x + line.y * p.y + line.offset);
+        return most;
+    }
+
+private:
+    struct Line {
+        double x, y, offset;
+    };
+    Line m_lines[4] = {};
+};
 
 Point NearestOn(const Quad& quad, Point p)
 {
@@ -463,7 +499,9 @@ struct Forms {
 
     Point At(double x) const
     {
-        const double q = 1.0 / (x * w[0] + w[1]);
+        const double depth = x * w[0] + w[1];
+        const double q =
+            depth != 0.0 ? 1.0 / depth : std::numeric_limits<double>::quiet_NaN(); // on the horizon
         return {(x * u[0] + u[1]) * q, (x * v[0] + v[1]) * q};
     }
 };
@@ -494,7 +532,8 @@ class PerspectiveWarp {
 public:
     PerspectiveWarp(const Source<T>& src, const PerspectiveMap& map, const Quad& quad, int interpolation,
                     bool smooth)
-        : m_src(src), m_map(map), m_quad(quad), m_interpolation(interpolation), m_smooth(smooth),
+        : m_src(src), m_map(map), m_quad(quad), m_outline(quad), m_interpolation(interpolation),
+          m_smooth(smooth),
           m_fast(interpolation == pxLinear && IsWithinReach<C4>(src) && HasPairs(src.bounds)),
           m_kernel(std::is_same_v<T, u8> ? WarpKernelsFor(CurrentVariant()).perspectiveBytes
                                          : WarpKernelsFor(CurrentVariant()).perspectiveFloats)
@@ -546,6 +585,8 @@ private:
     void Smooth(int x, int y, T* row) const
     {
         const Point pixel = {static_cast<double>(x), static_cast<double>(y)};
+        if (m_outline.LeastDistance(pixel) > 1.001)
+            return;
         const Point border = NearestOn(m_quad, pixel);
         const double share = 1.0 - Distance(border, pixel);
         if (!(share > 0.0))
@@ -561,6 +602,7 @@ private:
     const Source<T>& m_src;
     const PerspectiveMap& m_map;
     const Quad& m_quad;
+    Outline m_outline;
     int m_interpolation;
     bool m_smooth;
     bool m_fast;

@@ -14,10 +14,11 @@ typedef int64_t I64 __attribute__((vector_size(kVectorBytes), may_alias));
 
 constexpr int kDoubles = kVectorBytes / 8;
 
+constexpr double kSteps[8] = {0, 1, 2, 3, 4, 5, 6, 7};
+
 KELMORA_INLINE F64 Columns(int first)
 {
-    const double steps[8] = {0, 1, 2, 3, 4, 5, 6, 7};
-    return Load<F64>(steps) + static_cast<double>(first);
+    return Load<F64>(kSteps) + static_cast<double>(first);
 }
 
 KELMORA_INLINE F64 Cut(F64 value, double low, double high)
@@ -131,66 +132,43 @@ struct Corners {
     __m512i upperLeft, upperRight, lowerLeft, lowerRight;
 };
 
-/// Where a block lies in 31 columns and few rows, as all do that no steep map makes, whole pieces of rows are
-/// loaded and sorted out in registers: gathering pixel by pixel costs several times as much.
-KELMORA_INLINE bool PickCorners(const WarpImage& src, __m512i column, __m512i line, Corners& corners)
+/// Eight pixels, each with the one to its right.
+KELMORA_INLINE __m512i LoadPairs(const uint8_t* from, const int32_t* offsets)
 {
-    constexpr int kMostLines = 6;
-    alignas(64) int32_t columns[16], lines[16];
-    _mm512_store_si512(columns, column);
-    _mm512_store_si512(lines, line);
-    const int firstColumn = columns[0] < columns[15] ? columns[0] : columns[15];
-    const int firstLine = lines[0] < lines[15] ? lines[0] : lines[15];
-    const int lastLine = lines[0] < lines[15] ? lines[15] : lines[0];
-    const int steps = lastLine - firstLine;
-    const __m512i index = _mm512_sub_epi32(column, _mm512_set1_epi32(firstColumn));
-    const __m512i step = _mm512_sub_epi32(line, _mm512_set1_epi32(firstLine));
-    if (steps >= kMostLines || _mm512_cmpge_epu32_mask(index, _mm512_set1_epi32(31))
-        || _mm512_cmpgt_epu32_mask(step, _mm512_set1_epi32(steps)))
-        return false;
-
-    const int there = src.bounds.right + 1 - firstColumn;
-    const auto lowPart = static_cast<__mmask16>(there >= 16 ? 0xFFFF : (1 << there) - 1);
-    const auto highPart = static_cast<__mmask16>(there >= 32      ? 0xFFFF
-                                                     : there > 16 ? (1 << (there - 16)) - 1
-                                                                  : 0);
-    const __m512i next = _mm512_add_epi32(index, _mm512_set1_epi32(1));
-    const auto* row = static_cast<const uint8_t*>(src.pixels) + firstLine * src.step
-        + static_cast<ptrdiff_t>(firstColumn) * 4;
-    for (int k = 0; k <= steps + 1; ++k) {
-        const __m512i low = _mm512_maskz_loadu_epi32(lowPart, row);
-        const __m512i high = _mm512_maskz_loadu_epi32(highPart, row + 64);
-        const __m512i left = _mm512_permutex2var_epi32(low, index, high);
-        const __m512i right = _mm512_permutex2var_epi32(low, next, high);
-        const __mmask16 isUpper = _mm512_cmpeq_epi32_mask(step, _mm512_set1_epi32(k));
-        const __mmask16 isLower = _mm512_cmpeq_epi32_mask(step, _mm512_set1_epi32(k - 1));
-        if (k == 0) {
-            corners = {left, right, left, right};
-        } else {
-            corners.upperLeft = _mm512_mask_mov_epi32(corners.upperLeft, isUpper, left);
-            corners.upperRight = _mm512_mask_mov_epi32(corners.upperRight, isUpper, right);
-            corners.lowerLeft = _mm512_mask_mov_epi32(corners.lowerLeft, isLower, left);
-            corners.lowerRight = _mm512_mask_mov_epi32(corners.lowerRight, isLower, right);
-        }
-        if (firstLine + k < src.bounds.bottom) // below the last row there is nothing, with no weight
-            row += src.step;
-    }
-    return true;
+    const auto two = [&](int i) {
+        const __m128i low = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from + offsets[i]));
+        return _mm_castps_si128(
+            _mm_loadh_pi(_mm_castsi128_ps(low), reinterpret_cast<const __m64*>(from + offsets[i + 1])));
+    };
+    const __m256i low = _mm256_inserti128_si256(_mm256_castsi128_si256(two(0)), two(2), 1);
+    const __m256i high = _mm256_inserti128_si256(_mm256_castsi128_si256(two(4)), two(6), 1);
+    return _mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
 }
 
+/// Pair by pair: faster than the processors' own gathering, and than sorting whole pieces of rows in registers.
 KELMORA_INLINE Corners GatherCorners(const WarpImage& src, __m512i column, __m512i line)
 {
     const auto* from = static_cast<const uint8_t*>(src.pixels);
-    const auto gather = [&](__m512i x, __m512i y) {
-        const __m512i offset = _mm512_add_epi32(
-            _mm512_mullo_epi32(y, _mm512_set1_epi32(static_cast<int>(src.step))), _mm512_slli_epi32(x, 2));
-        return _mm512_i32gather_epi32(offset, from, 1);
-    };
-    const __m512i one = _mm512_set1_epi32(1);
-    const __m512i right =
-        _mm512_min_epi32(_mm512_add_epi32(column, one), _mm512_set1_epi32(src.bounds.right));
-    const __m512i below = _mm512_min_epi32(_mm512_add_epi32(line, one), _mm512_set1_epi32(src.bounds.bottom));
-    return {gather(column, line), gather(right, line), gather(column, below), gather(right, below)};
+    const __m512i lastPair = _mm512_set1_epi32(src.bounds.right - 1);
+    // The last column is the right one of the last pair.
+    const __mmask16 isLast = _mm512_cmpgt_epi32_mask(column, lastPair);
+    const __m512i step = _mm512_set1_epi32(static_cast<int>(src.step));
+    const __m512i upper = _mm512_add_epi32(_mm512_mullo_epi32(line, step),
+                                           _mm512_slli_epi32(_mm512_min_epi32(column, lastPair), 2));
+    const __mmask16 hasBelow = _mm512_cmplt_epi32_mask(line, _mm512_set1_epi32(src.bounds.bottom));
+    alignas(64) int32_t offsets[2][16];
+    _mm512_store_si512(offsets[0], upper);
+    _mm512_store_si512(offsets[1], _mm512_mask_add_epi32(upper, hasBelow, upper, step));
+
+    const __m512i even = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+    const __m512i odd = _mm512_or_si512(even, _mm512_set1_epi32(1));
+    __m512i left[2], right[2];
+    for (int i = 0; i < 2; ++i) {
+        const __m512i low = LoadPairs(from, offsets[i]), high = LoadPairs(from, offsets[i] + 8);
+        right[i] = _mm512_permutex2var_epi32(low, odd, high);
+        left[i] = _mm512_mask_mov_epi32(_mm512_permutex2var_epi32(low, even, high), isLast, right[i]);
+    }
+    return {left[0], right[0], left[1], right[1]};
 }
 
 template <int pixel>
@@ -203,9 +181,7 @@ KELMORA_INLINE I32 DownSums(I16 interleaved, __m512i weights)
 KELMORA_INLINE U8 SampleBlock(const WarpImage& src, const FixedBlock& at)
 {
     const __m512i column = _mm512_srai_epi32(at.x, 8), line = _mm512_srai_epi32(at.y, 8);
-    Corners corners;
-    if (!PickCorners(src, column, line, corners))
-        corners = GatherCorners(src, column, line);
+    const Corners corners = GatherCorners(src, column, line);
 
     const __m512i lowBytes =
         _mm512_broadcast_i32x4(_mm_setr_epi8(0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12, 12, 12));
@@ -492,32 +468,53 @@ void DownBytes(const DownRow& row)
     }
 }
 
-KELMORA_INLINE U8 LerpVector(U8 a, U8 b, I16 weight)
+/// What LerpBytes weighs with.
+struct LerpWeights {
+    I16 second;
+    U8 both; ///< of the first and of the second, one by one
+};
+
+KELMORA_INLINE U8 LerpVector(U8 a, U8 b, const LerpWeights& weights)
 {
-    const U16 low = RaiseLow(a) + (U16)(WidenLow(b) - WidenLow(a)) * (U16)weight + 128;
-    const U16 high = RaiseHigh(a) + (U16)(WidenHigh(b) - WidenHigh(a)) * (U16)weight + 128;
+#if defined(__AVX2__)
+    // Bytes less 128 keep the sums of products within signed words.
+    const I16 low = MulAddBytes(weights.both, InterleaveLow(a, b) ^ 128);
+    const I16 high = MulAddBytes(weights.both, InterleaveHigh(a, b) ^ 128);
+    const uint16_t raise = 32768 + 128;
+    return Pack((I16)(((U16)low + raise) >> 8), (I16)(((U16)high + raise) >> 8));
+#else
+    const U16 low = RaiseLow(a) + (U16)(WidenLow(b) - WidenLow(a)) * (U16)weights.second + 128;
+    const U16 high = RaiseHigh(a) + (U16)(WidenHigh(b) - WidenHigh(a)) * (U16)weights.second + 128;
     return Pack((I16)(low >> 8), (I16)(high >> 8));
+#endif
+}
+
+template <bool lerps, bool halves>
+KELMORA_INLINE void LerpRows(const LerpRow& row)
+{
+    const auto second = static_cast<uint8_t>(row.weight);
+    const U8 one = U8{} + static_cast<uint8_t>(256 - row.weight);
+    const LerpWeights weights = {I16{} + static_cast<int16_t>(second), InterleaveLow(one, U8{} + second)};
+    const auto value = [&](U8 a, U8 b) { return lerps ? LerpVector(a, b, weights) : a; };
+    const U8 none = {};
+    int i = 0;
+    for (; i + kVectorBytes <= row.bytes; i += kVectorBytes) {
+        const U8 v = value(Load<U8>(row.first + i), lerps ? Load<U8>(row.second + i) : none);
+        Store(row.dst + i, halves ? HalveEven(Load<U8>(row.halveWith + i), v) : v);
+    }
+    if (const int rest = row.bytes - i; rest > 0) {
+        const U8 v =
+            value(LoadPart<U8>(row.first + i, rest), lerps ? LoadPart<U8>(row.second + i, rest) : none);
+        StorePart(row.dst + i, halves ? HalveEven(LoadPart<U8>(row.halveWith + i, rest), v) : v, rest);
+    }
 }
 
 void LerpBytes(const LerpRow& row)
 {
-    const I16 weight = I16{} + static_cast<int16_t>(row.weight);
-    int i = 0;
-    if (row.halveWith) {
-        for (; i + kVectorBytes <= row.bytes; i += kVectorBytes)
-            Store(row.dst + i,
-                  HalveEven(Load<U8>(row.halveWith + i),
-                            LerpVector(Load<U8>(row.first + i), Load<U8>(row.second + i), weight)));
-    } else {
-        for (; i + kVectorBytes <= row.bytes; i += kVectorBytes)
-            Store(row.dst + i, LerpVector(Load<U8>(row.first + i), Load<U8>(row.second + i), weight));
-    }
-    if (const int rest = row.bytes - i; rest > 0) {
-        U8 value = LerpVector(LoadPart<U8>(row.first + i, rest), LoadPart<U8>(row.second + i, rest), weight);
-        if (row.halveWith)
-            value = HalveEven(LoadPart<U8>(row.halveWith + i, rest), value);
-        StorePart(row.dst + i, value, rest);
-    }
+    if (row.weight == 0)
+        row.halveWith ? LerpRows<false, true>(row) : LerpRows<false, false>(row);
+    else
+        row.halveWith ? LerpRows<true, true>(row) : LerpRows<true, false>(row);
 }
 
 void AcrossFloats(const AcrossRow& across)

@@ -1,11 +1,14 @@
 #include "tests/effects/new_effect.h"
 
 #include "effects/fixing/crop_borders.h"
+#include "effects/fixing/pixelator.h"
 #include "library/wrappers/active_camera.h"
 #include "library/wrappers/air_brush.h"
 #include "library/wrappers/color_melt.h"
+#include "library/wrappers/confetti.h"
 #include "library/wrappers/detail_enhancer.h"
 #include "library/wrappers/paper_collage.h"
+#include "library/wrappers/pizza_boxes.h"
 #include "library/wrappers/smear.h"
 #include "library/wrappers/water_color.h"
 
@@ -30,6 +33,12 @@ HeldEffect NewEffect(EffectClass which)
         return HeldEffect(new CActivecamera);
     case EffectClass::BorderCrop:
         return HeldEffect(new CBorderCrop);
+    case EffectClass::BlowingLeaves:
+        return HeldEffect(new D3DBlowingLeaves);
+    case EffectClass::Layers:
+        return HeldEffect(new D3DLayers);
+    case EffectClass::FacePixelator:
+        return HeldEffect(new CFacePixelator);
     case EffectClass::WrapAirbrush:
         return HeldEffect(new CWrapAirbrush);
     case EffectClass::WrapDetailEnhancer:
@@ -44,6 +53,10 @@ HeldEffect NewEffect(EffectClass which)
         return HeldEffect(new CWrapSmear);
     case EffectClass::WrapActiveCamera:
         return HeldEffect(new CWrapActiveCamera);
+    case EffectClass::WrapConfetti:
+        return HeldEffect(new CWrap3DConfetti);
+    case EffectClass::WrapPizzaBoxes:
+        return HeldEffect(new CWrap3DPizzaBoxes);
     }
     return nullptr;
 }
@@ -67,6 +80,12 @@ const char* NameOf(EffectClass which)
         return "ActiveCamera";
     case EffectClass::BorderCrop:
         return "CropBorders";
+    case EffectClass::BlowingLeaves:
+        return "Confetti";
+    case EffectClass::Layers:
+        return "PizzaBoxes";
+    case EffectClass::FacePixelator:
+        return "Pixelator";
     case EffectClass::WrapAirbrush:
         return "WrappedAirBrush";
     case EffectClass::WrapDetailEnhancer:
@@ -81,6 +100,10 @@ const char* NameOf(EffectClass which)
         return "WrappedSmear";
     case EffectClass::WrapActiveCamera:
         return "WrappedActiveCamera";
+    case EffectClass::WrapConfetti:
+        return "WrappedConfetti";
+    case EffectClass::WrapPizzaBoxes:
+        return "WrappedPizzaBoxes";
     }
     return "";
 }
@@ -102,6 +125,12 @@ std::string_view KeyOf(EffectClass which)
         return "active_camera";
     case EffectClass::BorderCrop:
         return "crop_borders";
+    case EffectClass::BlowingLeaves:
+        return "confetti";
+    case EffectClass::Layers:
+        return "pizza_boxes";
+    case EffectClass::FacePixelator:
+        return "pixelator";
     default:
         return "paper_collage";
     }
@@ -124,6 +153,10 @@ EffectClass InnerOf(EffectClass which)
         return EffectClass::Smear;
     case EffectClass::WrapActiveCamera:
         return EffectClass::Activecamera;
+    case EffectClass::WrapConfetti:
+        return EffectClass::BlowingLeaves;
+    case EffectClass::WrapPizzaBoxes:
+        return EffectClass::Layers;
     default:
         return which;
     }
@@ -135,6 +168,8 @@ Clock ClockOf(EffectClass which)
     case EffectClass::Colormelt:
     case EffectClass::EmbossedPaperBlend:
     case EffectClass::Smear:
+    case EffectClass::BlowingLeaves:
+    case EffectClass::Layers:
         return Clock::Progress;
     case EffectClass::Activecamera:
         return Clock::Time;

@@ -23,6 +23,9 @@ enum class EffectClass {
     Smear,
     Activecamera,
     BorderCrop,
+    BlowingLeaves,
+    Layers,
+    FacePixelator,
     WrapAirbrush,
     WrapDetailEnhancer,
     WrapWaterColor,
@@ -30,14 +33,18 @@ enum class EffectClass {
     WrapPaperCollage,
     WrapSmear,
     WrapActiveCamera,
+    WrapConfetti,
+    WrapPizzaBoxes,
 };
 
 inline constexpr EffectClass kAllEffects[] = {
-    EffectClass::Airbrush,           EffectClass::UnsharpMask,        EffectClass::WaterColor,
-    EffectClass::Colormelt,          EffectClass::EmbossedPaperBlend, EffectClass::Smear,
-    EffectClass::Activecamera,       EffectClass::BorderCrop,         EffectClass::WrapAirbrush,
-    EffectClass::WrapDetailEnhancer, EffectClass::WrapWaterColor,     EffectClass::WrapColorMelt,
-    EffectClass::WrapPaperCollage,   EffectClass::WrapSmear,          EffectClass::WrapActiveCamera};
+    EffectClass::Airbrush,       EffectClass::UnsharpMask,        EffectClass::WaterColor,
+    EffectClass::Colormelt,      EffectClass::EmbossedPaperBlend, EffectClass::Smear,
+    EffectClass::Activecamera,   EffectClass::BorderCrop,         EffectClass::BlowingLeaves,
+    EffectClass::Layers,         EffectClass::WrapAirbrush,       EffectClass::WrapDetailEnhancer,
+    EffectClass::WrapWaterColor, EffectClass::WrapColorMelt,      EffectClass::WrapPaperCollage,
+    EffectClass::WrapSmear,      EffectClass::WrapActiveCamera,   EffectClass::WrapConfetti,
+    EffectClass::WrapPizzaBoxes};
 
 /// A new object with one holder.
 HeldEffect NewEffect(EffectClass which);
@@ -63,6 +70,12 @@ Clock ClockOf(EffectClass which);
 inline bool IsTransition(EffectClass which)
 {
     return ClockOf(which) == Clock::Progress;
+}
+
+/// Whether it draws a scene: over the whole output, whatever the pictures' sizes.
+inline bool IsScene(EffectClass which)
+{
+    return InnerOf(which) == EffectClass::BlowingLeaves || InnerOf(which) == EffectClass::Layers;
 }
 
 } // namespace kelmora

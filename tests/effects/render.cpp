@@ -8,9 +8,12 @@
 #include "tests/reference/active_camera.h"
 #include "tests/reference/air_brush.h"
 #include "tests/reference/color_melt.h"
+#include "tests/reference/confetti.h"
 #include "tests/reference/crop_borders.h"
 #include "tests/reference/detail_enhancer.h"
 #include "tests/reference/paper_collage.h"
+#include "tests/reference/pixelator.h"
+#include "tests/reference/pizza_boxes.h"
 #include "tests/reference/smear.h"
 #include "tests/reference/water_color.h"
 
@@ -37,8 +40,21 @@ std::size_t FirstColour(EffectClass which)
                                                     : std::size_t{100};
 }
 
+ParamKind SceneKindOf(EffectClass which, std::size_t knob)
+{
+    const bool layers = which == EffectClass::Layers, wrapped = which == EffectClass::WrapPizzaBoxes;
+    if ((layers && (knob == 4 || knob == 10)) || (wrapped && (knob == 2 || knob == 7)))
+        return ParamChoice;
+    const bool checks = layers ? knob >= 5 && knob <= 7
+        : wrapped              ? knob == 3 || knob == 4
+                               : knob >= (which == EffectClass::BlowingLeaves ? 6u : 3u);
+    return checks ? ParamCheck : ParamFloat;
+}
+
 ParamKind KindOf(EffectClass which, std::size_t knob)
 {
+    if (IsScene(which))
+        return SceneKindOf(which, knob);
     if (knob - FirstColour(which) < 2)
         return ParamColor;
     if ((which == EffectClass::Smear && knob == 4) || (which == EffectClass::BorderCrop && knob == 3))
@@ -46,14 +62,14 @@ ParamKind KindOf(EffectClass which, std::size_t knob)
     return which == EffectClass::Activecamera && knob == 8 ? ParamCheck : ParamFloat;
 }
 
-/// A number that is no level: "Blended" for Smear, "Overlay" for Crop Borders.
+/// A number that is no level: "Blended" for Smear, "Overlay" for Crop Borders, 0 for scenes.
 float OwnNumber(EffectClass which, std::size_t knob)
 {
     switch (KindOf(which, knob)) {
     case ParamColor:
         return knob == FirstColour(which) ? 0x44FEFE : 0x400080;
     case ParamChoice:
-        return which == EffectClass::Smear ? 3.0f : 1.0f;
+        return which == EffectClass::Smear ? 3.0f : IsScene(which) ? 0.0f : 1.0f;
     default:
         return 1.0f;
     }
@@ -121,6 +137,24 @@ reference::CropBordersKnobs CropBordersKnobs(const std::vector<float>& k)
     return {k.at(0), k.at(1), k.at(2), static_cast<std::uint32_t>(k.at(3))};
 }
 
+reference::PixelatorKnobs PixelatorKnobs(const std::vector<float>& k)
+{
+    return {k.at(0), k.at(1), k.at(2), k.at(3), k.at(4)};
+}
+
+reference::ConfettiKnobs ConfettiKnobs(const std::vector<float>& k)
+{
+    return {k.at(0), k.at(1), k.at(2), k.at(3), k.at(4), k.at(5), k.at(6) != 0.0f, k.at(7) != 0.0f};
+}
+
+reference::PizzaBoxesKnobs PizzaBoxesKnobs(const std::vector<float>& k)
+{
+    const auto number = [&](std::size_t i) { return static_cast<std::uint32_t>(k.at(i)); };
+    const auto check = [&](std::size_t i) { return k.at(i) != 0.0f; };
+    return {k.at(0),  k.at(1),  k.at(2), k.at(3), number(4), check(5),
+            check(6), check(7), k.at(8), k.at(9), number(10)};
+}
+
 reference::CameraMoment CameraMoment(const Moment& moment)
 {
     return {moment.time, moment.pixelAspect.value_or(moment.halfHeight ? 2.0 : 1.0)};
@@ -141,9 +175,11 @@ std::size_t KnobCount(EffectClass which)
         return 3;
     case EffectClass::WrapColorMelt:
     case EffectClass::BorderCrop:
+    case EffectClass::WrapConfetti:
         return 4;
     case EffectClass::WrapWaterColor:
     case EffectClass::Smear:
+    case EffectClass::FacePixelator:
         return 5;
     case EffectClass::WaterColor:
     case EffectClass::Colormelt:
@@ -151,10 +187,15 @@ std::size_t KnobCount(EffectClass which)
         return 6;
     case EffectClass::WrapPaperCollage:
         return 7;
+    case EffectClass::BlowingLeaves:
+    case EffectClass::WrapPizzaBoxes:
+        return 8;
     case EffectClass::Activecamera:
         return 9;
     case EffectClass::EmbossedPaperBlend:
         return 10;
+    case EffectClass::Layers:
+        return 11;
     }
     return 0;
 }
@@ -165,6 +206,10 @@ std::vector<ParamValue> Levels(EffectClass which, const std::vector<float>& leve
     std::vector<ParamValue> knobs;
     for (std::size_t i = 0; i < KnobCount(which); ++i)
         knobs.push_back(KnobOf(KindOf(which, i), filled[i]));
+    if (which == EffectClass::FacePixelator) { // its first two are one knob
+        knobs.erase(knobs.begin());
+        knobs.front() = PointKnob(filled[0], filled[1]);
+    }
     return knobs;
 }
 
@@ -271,6 +316,15 @@ void RenderPlain(EffectClass which, const std::vector<float>& levels, const Vide
     case EffectClass::BorderCrop:
         reference::CropBorders(in, out, CropBordersKnobs(k), halfHeight);
         break;
+    case EffectClass::BlowingLeaves:
+        reference::Confetti(in, second, out, ConfettiKnobs(k), {progress});
+        break;
+    case EffectClass::Layers:
+        reference::PizzaBoxes(in, second, out, PizzaBoxesKnobs(k), {progress});
+        break;
+    case EffectClass::FacePixelator:
+        reference::Pixelator(in, out, PixelatorKnobs(k), halfHeight);
+        break;
     default:
         reference::PaperCollage(in, *second, out, PaperCollageKnobs(k), progress, halfHeight);
     }
@@ -283,7 +337,14 @@ std::vector<GuardedPicture> LeftWithoutMemory(EffectClass which, const std::vect
     const VideoFrame secondFrame = second.Frame();
     const std::vector<float> k = InnerLevels(which, levels);
     std::vector<GuardedPicture> left;
-    left.push_back(InnerOf(which) == EffectClass::UnsharpMask ? in : before);
+    left.push_back(
+        InnerOf(which) == EffectClass::UnsharpMask || which == EffectClass::FacePixelator ? in : before);
+    if (which == EffectClass::FacePixelator)
+        for (const reference::PixelatorMemory& memory :
+             {reference::PixelatorMemory{false, true}, {true, false}, {false, false}}) {
+            left.push_back(before); // the ring alone, a hard edge, or both
+            reference::Pixelator(in.Frame(), left.back().Frame(), PixelatorKnobs(k), false, memory);
+        }
     if (InnerOf(which) == EffectClass::Colormelt) {
         left.push_back(before); // the dissolve alone
         reference::ColorMeltKnobs knobs = ColorMeltKnobs(k);

@@ -22,7 +22,7 @@ struct Moment {
     std::optional<double> pixelAspect = {};
 };
 
-/// How many knobs the class's own host answers for.
+/// How many levels the class's own host answers for: one for each knob, and two for a point.
 std::size_t KnobCount(EffectClass which);
 
 /// The first KnobCount levels of `levels` as a host keeps them; the level of a colour or a choice is its number,

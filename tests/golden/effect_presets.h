@@ -12,7 +12,7 @@ namespace kelmora {
 /// its number, 0x00BBGGRR, which a float holds exactly, and so do a choice and a check box.
 struct PresetRow {
     const char* name;
-    float values[10]; ///< of the knobs in their order, as many as there are
+    float values[11]; ///< of the knobs in their order, as many as there are
 };
 
 /// What an inner effect reads for one of its knobs behind the wrapper.
@@ -225,6 +225,107 @@ inline constexpr PresetRow kCropBordersPresets[] = {
 };
 inline constexpr AnswerRow kCropBordersAnswers[] = {{0}, {1}, {2}, {3}};
 
+/// "Shading", "Columns", "Rows", "Power", "Direction", "Flutter", "Vacuum", "Reverse".
+inline constexpr PresetRow kConfettiPresets[] = {
+    {"Blow East", {0.29f, 0.368421f, 0.263158f, 0.485f, 0.5f, 0.64f, 0, 0}},
+    {"Blow North", {0.29f, 0.368421f, 0.263158f, 0.485f, 0.25f, 0.64f, 0, 0}},
+    {"Blow North East", {0.29f, 0.368421f, 0.263158f, 0.485f, 0.375f, 0.64f, 0, 0}},
+    {"Blow North West", {0.29f, 0.368421f, 0.263158f, 0.485f, 0.125f, 0.64f, 0, 0}},
+    {"Blow South", {0.29f, 0.368421f, 0.263158f, 0.485f, 0.75f, 0.64f, 0, 0}},
+    {"Blow South East", {0.29f, 0.368421f, 0.263158f, 0.485f, 0.625f, 0.64f, 0, 0}},
+    {"Blow South West", {0.29f, 0.368421f, 0.263158f, 0.485f, 0.875f, 0.64f, 0, 0}},
+    {"Blow West", {0.29f, 0.368421f, 0.263158f, 0.485f, 0.0f, 0.64f, 0, 0}},
+    {"Blowing Sticks", {0.29f, 0.0f, 0.99f, 0.0f, 0.0f, 0.0f, 0, 0}},
+    {"Dive Into Place", {0.29f, 0.0f, 0.99f, 0.0f, 0.385f, 0.0f, 0, 1}},
+    {"Dumping Logs", {0.29f, 0.0f, 0.99f, 0.485f, 0.25f, 0.0f, 1, 1}},
+    {"Lotsa Leaves", {0.29f, 0.722222f, 0.591111f, 1.0f, 0.0f, 0.64f, 0, 0}},
+    {"Undo", {0.29f, 0.222222f, 0.111111f, 0.485f, 0.0f, 0.64f, 0, 1}},
+    {"Vacuum East", {0.29f, 0.222222f, 0.206111f, 0.485f, 0.5f, 0.64f, 1, 0}},
+    {"Vacuum North", {0.29f, 0.222222f, 0.161111f, 0.485f, 0.25f, 0.64f, 1, 0}},
+    {"Vacuum South", {0.29f, 0.222222f, 0.186111f, 0.485f, 0.75f, 0.64f, 1, 0}},
+    {"Vacuum West", {0.29f, 0.222222f, 0.206111f, 0.485f, 0.0f, 0.64f, 1, 0}},
+    {"Wind Blown Panels Left", {0.29f, 0.22f, 0.0f, 0.395f, 0.0f, 0.64f, 0, 0}},
+    {"Wind Blown Panels Right", {0.29f, 0.22f, 0.0f, 0.38f, 0.5f, 0.64f, 0, 0}},
+};
+
+/// "Columns", "Rows", "Direction", "Reverse".
+inline constexpr PresetRow kWrapConfettiPresets[] = {
+    {"Blow East", {0.368421f, 0.263158f, 0.5f, 0}},
+    {"Blow North", {0.368421f, 0.263158f, 0.25f, 0}},
+    {"Blow North East", {0.368421f, 0.263158f, 0.375f, 0}},
+    {"Blow North West", {0.368421f, 0.263158f, 0.125f, 0}},
+    {"Blow South", {0.368421f, 0.263158f, 0.75f, 0}},
+    {"Blow South East", {0.368421f, 0.263158f, 0.625f, 0}},
+    {"Blow South West", {0.368421f, 0.263158f, 0.875f, 0}},
+    {"Blow West", {0.368421f, 0.263158f, 0.0f, 0}},
+    {"Blowing Sticks", {0.0f, 0.99f, 0.0f, 0}},
+    {"Dumping Logs", {0.0f, 0.99f, 0.25f, 1}},
+    {"Lotsa Leaves", {0.722222f, 0.591111f, 0.0f, 0}},
+    {"Undo", {0.222222f, 0.111111f, 0.0f, 1}},
+    {"Wind Blown Panels Left", {0.22f, 0.0f, 0.0f, 0}},
+    {"Wind Blown Panels Right", {0.22f, 0.0f, 0.5f, 0}},
+};
+inline constexpr AnswerRow kConfettiAnswers[] = {
+    {-1, 0.545f}, {0}, {1}, {-1, 0.34f}, {2}, {-1, 0.355f}, {-1, 0.0f}, {3},
+};
+
+/// "Slices", "Cohesion", "Depth", "Ebb && Flow", "Orientation", "Rotate right", "Spread", "Alternate", "Fog", "Shine",
+/// "Background".
+inline constexpr PresetRow kPizzaBoxesPresets[] = {
+    {"Box Stack Left", {0.425f, 0.37f, 0.0f, 0.0f, 0, 0, 0, 0, 0.0f, 0.0f, 0}},
+    {"Box Stack Right", {0.425f, 0.37f, 0.0f, 0.0f, 0, 1, 0, 0, 0.0f, 0.0f, 0}},
+    {"Casino", {0.425f, 0.0f, 0.0f, 0.0f, 1, 0, 0, 0, 0.0f, 0.0f, 0}},
+    {"Cube Down", {0.0f, 0.0f, 0.31f, 0.465f, 1, 0, 0, 0, 0.0f, 0.0f, 2}},
+    {"Cube Left", {0.0f, 0.0f, 0.375f, 0.46f, 0, 0, 0, 0, 0.0f, 0.0f, 2}},
+    {"Cube Right", {0.0f, 0.0f, 0.375f, 0.46f, 0, 1, 0, 0, 0.0f, 0.0f, 2}},
+    {"Cube Up", {0.0f, 0.0f, 0.31f, 0.465f, 1, 1, 0, 0, 0.0f, 0.0f, 2}},
+    {"Flying Saucers", {0.47f, 0.78f, 0.7f, 0.61f, 0, 1, 1, 1, 0.415f, 1.0f, 2}},
+    {"Horizontal Shuffle", {0.575f, 0.0f, 0.175f, 0.0f, 1, 0, 1, 0, 0.0f, 0.0f, 0}},
+    {"In Your Face", {0.45f, 0.545f, 1.0f, 1.0f, 1, 0, 0, 0, 0.0f, 0.0f, 0}},
+    {"Levitate", {0.185f, 1.0f, 0.3f, 0.0f, 0, 1, 1, 1, 0.0f, 0.0f, 2}},
+    {"Light Boxes", {0.45f, 0.545f, 0.675f, 0.515f, 0, 0, 0, 0, 1.0f, 0.0f, 0}},
+    {"Metal Cube Down", {0.0f, 0.0f, 0.0f, 0.0f, 1, 0, 0, 0, 0.62f, 0.97f, 2}},
+    {"Metal Cube Left", {0.0f, 0.0f, 0.0f, 0.0f, 0, 0, 0, 0, 0.62f, 0.97f, 2}},
+    {"Metal Cube Right", {0.0f, 0.0f, 0.0f, 0.0f, 0, 1, 0, 0, 0.62f, 0.97f, 2}},
+    {"Metal Cube Up", {0.0f, 0.0f, 0.0f, 0.0f, 1, 1, 0, 0, 0.62f, 0.97f, 2}},
+    {"Three Boxes", {0.25f, 1.0f, 0.3f, 0.0f, 1, 1, 1, 1, 0.0f, 0.0f, 2}},
+    {"Vertical Shuffle", {0.345f, 0.0f, 0.175f, 0.0f, 0, 0, 1, 0, 0.0f, 0.0f, 0}},
+};
+
+/// "Slices", "Depth", "Orientation", "Rotate right", "Spread", "Fog", "Shine", "Background".
+inline constexpr PresetRow kWrapPizzaBoxesPresets[] = {
+    {"Box Stack Left", {0.425f, 0.0f, 0, 0, 0, 0.0f, 0.0f, 0}},
+    {"Box Stack Right", {0.425f, 0.0f, 0, 1, 0, 0.0f, 0.0f, 0}},
+    {"Casino", {0.425f, 0.0f, 1, 0, 0, 0.0f, 0.0f, 0}},
+    {"Cube Down", {0.0f, 0.31f, 1, 0, 0, 0.0f, 0.0f, 2}},
+    {"Cube Left", {0.0f, 0.375f, 0, 0, 0, 0.0f, 0.0f, 2}},
+    {"Cube Right", {0.0f, 0.375f, 0, 1, 0, 0.0f, 0.0f, 2}},
+    {"Cube Up", {0.0f, 0.31f, 1, 1, 0, 0.0f, 0.0f, 2}},
+    {"Flying Saucers", {0.47f, 0.7f, 0, 1, 1, 0.415f, 1.0f, 2}},
+    {"Horizontal Shuffle", {0.575f, 0.175f, 1, 0, 1, 0.0f, 0.0f, 0}},
+    {"Levitate", {0.185f, 0.3f, 0, 1, 1, 0.0f, 0.0f, 2}},
+    {"Light Boxes", {0.45f, 0.675f, 0, 0, 0, 1.0f, 0.0f, 0}},
+    {"Metal Cube Down", {0.0f, 0.0f, 1, 0, 0, 0.62f, 0.97f, 2}},
+    {"Metal Cube Left", {0.0f, 0.0f, 0, 0, 0, 0.62f, 0.97f, 2}},
+    {"Metal Cube Right", {0.0f, 0.0f, 0, 1, 0, 0.62f, 0.97f, 2}},
+    {"Metal Cube Up", {0.0f, 0.0f, 1, 1, 0, 0.62f, 0.97f, 2}},
+    {"Three Boxes", {0.25f, 0.3f, 1, 1, 1, 0.0f, 0.0f, 2}},
+    {"Vertical Shuffle", {0.345f, 0.175f, 0, 0, 1, 0.0f, 0.0f, 0}},
+};
+inline constexpr AnswerRow kPizzaBoxesAnswers[] = {
+    {0}, {-1, 0.495f}, {1}, {-1, 0.0f}, {2}, {3}, {4}, {-1, 0.0f}, {5}, {6}, {7},
+};
+
+/// "Center" across and upward, "Width", "Height", "Block Size". There is no wrapper.
+inline constexpr PresetRow kPixelatorPresets[] = {
+    {"Left Face", {0.244186f, 0.395349f, 0.345f, 0.53f, 0.505f}},
+    {"Max", {0.488372f, 0.465116f, 1.0f, 1.0f, 1.0f}},
+    {"Min", {0.511628f, 0.44186f, 1.0f, 1.0f, 0.0f}},
+    {"Reset to None", {0.511628f, 0.465116f, 0.0f, 0.0f, 0.0001f}},
+    {"Right Face", {0.767442f, 0.348837f, 0.365f, 0.53f, 0.505f}},
+};
+inline constexpr AnswerRow kPixelatorAnswers[] = {{0}, {1}, {2}, {3}, {4}};
+
 // clang-format on
 
 /// What a frame of an effect goes by, besides the pictures.
@@ -258,6 +359,11 @@ inline constexpr EffectRow kEffectRows[] = {
     {"active_camera", "CActivecamera", "CWrapActiveCamera", kActiveCameraPresets, kWrapActiveCameraPresets, 6,
      kActiveCameraAnswers, Moments::OfTime},
     {"crop_borders", "CBorderCrop", nullptr, kCropBordersPresets, {}, 0, kCropBordersAnswers, Moments::One},
+    {"confetti", "D3DBlowingLeaves", "CWrap3DConfetti", kConfettiPresets, kWrapConfettiPresets, 4,
+     kConfettiAnswers, Moments::OfProgress},
+    {"pizza_boxes", "D3DLayers", "CWrap3DPizzaBoxes", kPizzaBoxesPresets, kWrapPizzaBoxesPresets, 8,
+     kPizzaBoxesAnswers, Moments::OfProgress},
+    {"pixelator", "CFacePixelator", nullptr, kPixelatorPresets, {}, 0, kPixelatorAnswers, Moments::One},
 };
 
 /// The row with this key, or null.

@@ -108,5 +108,35 @@ TEST(Golden, CropBorders_FloatPicturesOfAllPresets_AreTheSameInEveryBuild)
     CompareWithManifest("crop_borders", "crop_borders_float", true);
 }
 
+TEST(Golden, Pixelator_BytePicturesOfAllPresets_AreThePlainVersions)
+{
+    CompareWithManifest("pixelator", "pixelator", false);
+}
+
+TEST(Golden, Pixelator_FloatPicturesOfAllPresets_AreTheSameInEveryBuild)
+{
+    CompareWithManifest("pixelator", "pixelator_float", true);
+}
+
+TEST(Golden, Confetti_BytePicturesOfAllPresets_AreThePlainVersions)
+{
+    CompareWithManifest("confetti", "confetti", false);
+}
+
+TEST(Golden, Confetti_FloatPicturesOfAllPresets_AreTheSameInEveryBuild)
+{
+    CompareWithManifest("confetti", "confetti_float", true);
+}
+
+TEST(Golden, PizzaBoxes_BytePicturesOfAllPresets_AreThePlainVersions)
+{
+    CompareWithManifest("pizza_boxes", "pizza_boxes", false);
+}
+
+TEST(Golden, PizzaBoxes_FloatPicturesOfAllPresets_AreTheSameInEveryBuild)
+{
+    CompareWithManifest("pizza_boxes", "pizza_boxes_float", true);
+}
+
 } // namespace
 } // namespace kelmora

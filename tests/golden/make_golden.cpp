@@ -1,5 +1,5 @@
 // Writes the manifest of an effect's byte pictures: make_golden air_brush > tests/golden/air_brush.txt
-// The hashes are those of the plain, slow version of the effect. The library is not in this program.
+// The hashes are those of the plain, slow version of the effect. Of the library the scenes' geometry alone is used.
 
 #include <cstdio>
 #include <string>
@@ -9,9 +9,12 @@
 #include "tests/reference/active_camera.h"
 #include "tests/reference/air_brush.h"
 #include "tests/reference/color_melt.h"
+#include "tests/reference/confetti.h"
 #include "tests/reference/crop_borders.h"
 #include "tests/reference/detail_enhancer.h"
 #include "tests/reference/paper_collage.h"
+#include "tests/reference/pixelator.h"
+#include "tests/reference/pizza_boxes.h"
 #include "tests/reference/smear.h"
 #include "tests/reference/water_color.h"
 
@@ -39,8 +42,20 @@ void RenderPlain(const std::string& effect, const GoldenCase& one, const VideoFr
         reference::ActiveCamera(
             in, out, {k.at(0), k.at(1), k.at(2), k.at(3), k.at(4), k.at(5), k.at(6), k.at(7), whole(8) != 0},
             {one.moment});
+    else if (effect == "pixelator")
+        reference::Pixelator(in, out, {k.at(0), k.at(1), k.at(2), k.at(3), k.at(4)}, false);
     else if (effect == "crop_borders")
         reference::CropBorders(in, out, {k.at(0), k.at(1), k.at(2), whole(3)}, false);
+    else if (effect == "confetti")
+        reference::Confetti(
+            in, &second, out,
+            {k.at(0), k.at(1), k.at(2), k.at(3), k.at(4), k.at(5), whole(6) != 0, whole(7) != 0},
+            {one.moment});
+    else if (effect == "pizza_boxes")
+        reference::PizzaBoxes(in, &second, out,
+                              {k.at(0), k.at(1), k.at(2), k.at(3), whole(4), whole(5) != 0, whole(6) != 0,
+                               whole(7) != 0, k.at(8), k.at(9), whole(10)},
+                              {one.moment});
     else
         reference::PaperCollage(
             in, second, out,

@@ -52,9 +52,9 @@ const FrameBuffer& Textures::Add(const Picture& picture)
 
 const Picture& Textures::Of(const FrameBuffer& view) const
 {
-    return std::find_if(m_textures.begin(), m_textures.end(), [&](const Texture& texture) {
-               return &texture.view == &view;
-           })->picture;
+    return std::find_if(m_textures.begin(), m_textures.end(),
+                        [&](const Texture& texture) { return &texture.view == &view; })
+        ->picture;
 }
 
 Picture ReadOrNone(const VideoFrame* frame)

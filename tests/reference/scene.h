@@ -51,7 +51,7 @@ struct Scene {
     Matrix4 move; ///< from the world to where it is seen
     bool twoSided = false;
     double ambient = 0;
-    int facesWithMemory = -1; ///< so many faces can be prepared, then none; below 0: all
+    int facesWithMemory = -1;   ///< so many faces can be prepared, then none; below 0: all
     int faceWithoutMemory = -1; ///< the one face that cannot be prepared, of those that are in sight
 
     int prepared = 0; ///< faces in sight so far

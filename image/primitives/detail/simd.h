@@ -294,6 +294,15 @@ KELMORA_INLINE I32 MulAddPairs(I16 a, I16 b)
                                                                                        (KELMORA_VEC)b);
 }
 
+#if defined(__AVX2__)
+/// Per word: the products of both pairs of bytes, unsigned by signed, added and saturated.
+KELMORA_INLINE I16 MulAddBytes(U8 a, U8 b)
+{
+    return (I16)KELMORA_BY_WIDTH(_mm_maddubs_epi16, _mm256_maddubs_epi16,
+                                 _mm512_maddubs_epi16)((KELMORA_VEC)a, (KELMORA_VEC)b);
+}
+#endif
+
 /// Where a > b: all bits of the element.
 KELMORA_INLINE I32 MaskGreater(I32 a, I32 b)
 {

@@ -99,4 +99,76 @@ TEST(Memory, Free_Null_IsIgnored)
 }
 
 } // namespace
+// --- kept blocks ------------------------------------------------------------------------------------------
+
+constexpr std::int64_t kLarge = 1 << 20;
+
+TEST(BlockKeeper, LargeBlocks_AreKeptWhileThereIsAKeeper)
+{
+    pxFree(pxMalloc(kLarge));
+    EXPECT_EQ(BlockKeeper::KeptBytes(), 0) << "nobody asked for it";
+    {
+        const BlockKeeper outer;
+        pxFree(pxMalloc(kLarge));
+        const std::int64_t kept = BlockKeeper::KeptBytes();
+        if (kept == 0)
+            GTEST_SKIP() << "a sanitizer must see every block";
+        EXPECT_EQ(kept, kLarge);
+        {
+            const BlockKeeper inner;
+        }
+        EXPECT_EQ(BlockKeeper::KeptBytes(), kLarge);
+    }
+    EXPECT_EQ(BlockKeeper::KeptBytes(), 0);
+}
+
+TEST(BlockKeeper, RequestsOfAboutTheSize_GetTheKeptBlock)
+{
+    const BlockKeeper keeper;
+    void* const first = pxMalloc(kLarge);
+    pxFree(first);
+    if (BlockKeeper::KeptBytes() == 0)
+        GTEST_SKIP() << "a sanitizer must see every block";
+    void* const larger = pxMalloc(kLarge + 1);
+    void* const muchSmaller = pxMalloc(kLarge / 2 - 1);
+    EXPECT_EQ(BlockKeeper::KeptBytes(), kLarge);
+    void* const half = pxMalloc(kLarge / 2);
+    EXPECT_EQ(half, first);
+    EXPECT_EQ(BlockKeeper::KeptBytes(), 0);
+    std::memset(half, 1, static_cast<std::size_t>(kLarge));
+    for (void* block : {larger, muchSmaller, half})
+        pxFree(block);
+}
+
+TEST(BlockKeeper, OfTwoKeptBlocks_TheSmallerOneThatServesIsTaken)
+{
+    const BlockKeeper keeper;
+    void* const large = pxMalloc(kLarge);
+    void* const larger = pxMalloc(kLarge + kLarge / 2);
+    pxFree(larger);
+    pxFree(large);
+    if (BlockKeeper::KeptBytes() == 0)
+        GTEST_SKIP() << "a sanitizer must see every block";
+    void* const taken = pxMalloc(kLarge - 100);
+    EXPECT_EQ(taken, large);
+    pxFree(taken);
+}
+
+TEST(BlockKeeper, SmallBlocks_AreTheHeapsOwnAffair)
+{
+    const BlockKeeper keeper;
+    pxFree(pxMalloc(1000));
+    EXPECT_EQ(BlockKeeper::KeptBytes(), 0);
+}
+
+TEST(BlockKeeper, MoreThanTheLimit_IsNotKept)
+{
+    const BlockKeeper keeper;
+    constexpr std::int64_t limit = (sizeof(void*) == 4 ? 48 : 256) * kLarge;
+    void* const blocks[] = {pxMalloc(limit / 2), pxMalloc(limit / 2), pxMalloc(kLarge)};
+    for (void* block : blocks)
+        pxFree(block);
+    EXPECT_LE(BlockKeeper::KeptBytes(), limit);
+}
+
 } // namespace kelmora

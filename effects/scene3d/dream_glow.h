@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+
+#include "effects/scene3d/picture_effect.h"
+#include "image/memory_allocator.h"
+
+namespace kelmora {
+
+/// Two stages, in place: a haze that bleeds out of the bright parts of a picture and lifts its dark ones, alpha
+/// included, and then a wave of the glow colour that runs through the levels of brightness like the bands of
+/// polished metal.
+///
+/// Serves the four picture formats; a picture of any other is left as it was.
+class PRDreamGlowEffect final : public PREffect {
+public:
+    /// reach       how far the haze reaches, in pixels: 0 to 32766. Any other is a haze that cannot be made
+    /// wave        how strong the wave is: nothing is done for 0, below, or not-a-number
+    /// haze        how strong the haze is, likewise
+    /// memory      for working space, one scratch picture of the picture's size among it; it must outlive this
+    PRDreamGlowEffect(std::int32_t reach, float wave, float haze, MemoryAllocator& memory)
+        : radius(reach), fog(haze), shine(wave), allocator(&memory)
+    {
+    }
+
+    /// Without memory for the scratch picture there is no haze. Where the haze cannot be made for any other
+    /// reason, the picture becomes zeros. The wave follows all the same.
+    void Apply(FrameBuffer* picture) override;
+
+private:
+    std::int32_t radius;
+    float fog;
+    float shine;
+    std::uint32_t colour = 0x00FFFFFF; // 0x00BBGGRR, white
+    MemoryAllocator* allocator;        // not owned
+};
+
+} // namespace kelmora
