@@ -117,9 +117,6 @@ void OverFloatsStraight(const LooseFloat* a, const LooseFloat* b, LooseFloat* ou
     }
 }
 
-/// Of a pixel with alpha first: the lowest byte of its word.
-constexpr Word kFirstByte = 0xFF;
-
 template <class RowOp>
 void ForRows(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, Size size, RowOp op)
 {

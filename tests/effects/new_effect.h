@@ -37,14 +37,26 @@ enum class EffectClass {
     WrapPizzaBoxes,
 };
 
-inline constexpr EffectClass kAllEffects[] = {
-    EffectClass::Airbrush,       EffectClass::UnsharpMask,        EffectClass::WaterColor,
-    EffectClass::Colormelt,      EffectClass::EmbossedPaperBlend, EffectClass::Smear,
-    EffectClass::Activecamera,   EffectClass::BorderCrop,         EffectClass::BlowingLeaves,
-    EffectClass::Layers,         EffectClass::WrapAirbrush,       EffectClass::WrapDetailEnhancer,
-    EffectClass::WrapWaterColor, EffectClass::WrapColorMelt,      EffectClass::WrapPaperCollage,
-    EffectClass::WrapSmear,      EffectClass::WrapActiveCamera,   EffectClass::WrapConfetti,
-    EffectClass::WrapPizzaBoxes};
+inline constexpr EffectClass kAllEffects[] = {EffectClass::Airbrush,
+                                              EffectClass::UnsharpMask,
+                                              EffectClass::WaterColor,
+                                              EffectClass::Colormelt,
+                                              EffectClass::EmbossedPaperBlend,
+                                              EffectClass::Smear,
+                                              EffectClass::Activecamera,
+                                              EffectClass::BorderCrop,
+                                              EffectClass::FacePixelator,
+                                              EffectClass::BlowingLeaves,
+                                              EffectClass::Layers,
+                                              EffectClass::WrapAirbrush,
+                                              EffectClass::WrapDetailEnhancer,
+                                              EffectClass::WrapWaterColor,
+                                              EffectClass::WrapColorMelt,
+                                              EffectClass::WrapPaperCollage,
+                                              EffectClass::WrapSmear,
+                                              EffectClass::WrapActiveCamera,
+                                              EffectClass::WrapConfetti,
+                                              EffectClass::WrapPizzaBoxes};
 
 /// A new object with one holder.
 HeldEffect NewEffect(EffectClass which);
