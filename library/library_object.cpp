@@ -3,6 +3,7 @@
 #include "image/frame_processor.h"
 #include "library/effect_numbers.h"
 #include "library/path_library.h"
+#include "library/presets/preset_saver.h"
 #include "platform/help_viewer.h"
 
 #include <cstdio>
@@ -108,7 +109,7 @@ IFrameProcessor* CKelmora::CreateFrameProcessor()
 
 IPresetSaver* CKelmora::CreatePresetSaver()
 {
-    return nullptr;
+    return new (std::nothrow) CPresetSaver;
 }
 
 ILangXMLParser* CKelmora::Texts() const

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -28,13 +30,48 @@ inline constexpr std::size_t kMostOutput = std::size_t{1} << 20;
 
 /// Runs a program to its end and collects what it writes. Its standard input is empty.
 ///
-/// arguments    the program's path first; UTF-8. No shell sees them
+/// arguments    the program first, by its path or, searched for as a shell does, its bare name; UTF-8. No shell
+///              sees them
 /// limit        how long it may take; then it is ended by force
 /// environment  "NAME=VALUE" each, added to this program's own
 ///
 /// Only the program itself is ended at the limit, not what it may have started. One call at a time.
 ProcessResult RunProcess(const std::vector<std::string>& arguments, std::chrono::milliseconds limit,
                          const std::vector<std::string>& environment = {});
+
+/// Which stream of a PipedProcess its maker holds.
+enum class PipedStream { Input, Output };
+
+/// Whether to give up waiting. Asked about ten times a second.
+using StopQuestion = bool (*)();
+
+/// A program that runs beside this one, with its standard input or its standard output in our hands. What it
+/// writes to its standard error is collected. A Ctrl-C at the terminal does not reach it: its maker decides.
+class PipedProcess {
+public:
+    /// Starts the program; arguments as for RunProcess. Of the two streams the one that is not `stream` is
+    /// empty.
+    PipedProcess(const std::vector<std::string>& arguments, PipedStream stream, StopQuestion stop);
+    PipedProcess(const PipedProcess&) = delete;
+    PipedProcess& operator=(const PipedProcess&) = delete;
+
+    /// Ends the program by force if it still runs.
+    ~PipedProcess();
+
+    /// Reads from its standard output. Fewer than `count` bytes: it closed its output, or `stop` said yes.
+    std::size_t Read(void* bytes, std::size_t count);
+
+    /// Writes to its standard input; false when it no longer reads, or when `stop` said yes.
+    bool Write(const void* bytes, std::size_t count);
+
+    /// Closes the stream and waits for the program's end, which `stop` brings about by force. `output` of the
+    /// result is empty. Once only.
+    ProcessResult Finish();
+
+private:
+    struct Inside;
+    std::unique_ptr<Inside> m_inside;
+};
 
 /// The full path of the running program, UTF-8; empty when the system does not tell.
 std::string ProgramPath();

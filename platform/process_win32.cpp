@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 #include <thread>
+#include <utility>
 
 #define WIN32_LEAN_AND_MEAN
 #ifndef NOMINMAX
@@ -27,6 +28,11 @@ public:
 
     HANDLE Get() const { return m_handle; }
     HANDLE* Place() { return &m_handle; }
+    void Take(Handle& other)
+    {
+        Close();
+        m_handle = std::exchange(other.m_handle, nullptr);
+    }
     void Close()
     {
         if (m_handle != nullptr)
@@ -67,18 +73,23 @@ ProcessResult Failure(DWORD error)
     return result;
 }
 
-/// A pipe whose write end a child may inherit.
+/// A pipe whose ends a child inherits.
 struct Pipe {
     Handle read;
     Handle write;
 
-    bool Open()
+    bool Open(DWORD bytes = 0)
     {
         SECURITY_ATTRIBUTES inherited = {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-        return ::CreatePipe(read.Place(), write.Place(), &inherited, 0) != 0
-            && ::SetHandleInformation(read.Get(), HANDLE_FLAG_INHERIT, 0) != 0;
+        return ::CreatePipe(read.Place(), write.Place(), &inherited, bytes) != 0;
     }
 };
+
+/// Keeps our end of a pipe from the child, which would hold it open.
+bool KeepFromChild(const Handle& end)
+{
+    return ::SetHandleInformation(end.Get(), HANDLE_FLAG_INHERIT, 0) != 0;
+}
 
 /// Reads to the end. Runs in a thread of its own, since a pipe can only be waited for by reading it.
 void ReadAll(HANDLE pipe, std::string& into)
@@ -162,6 +173,66 @@ std::string FaultName(DWORD exitCode)
     return text.data();
 }
 
+/// Fills in how the program ended.
+void NoteEnd(DWORD exitCode, bool stopped, ProcessResult& result)
+{
+    if (stopped) {
+        result.end = ProcessEnd::TimedOut;
+    } else if (IsFault(exitCode)) {
+        result.end = ProcessEnd::Crashed;
+        result.crash = FaultName(exitCode);
+    } else {
+        result.end = ProcessEnd::Exited;
+        result.exitCode = static_cast<int>(exitCode);
+    }
+}
+
+/// The null device, for a child to inherit.
+HANDLE OpenNull()
+{
+    SECURITY_ATTRIBUTES inherited = {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+    return ::CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
+                         OPEN_EXISTING, 0, nullptr);
+}
+
+/// What a child gets as its standard streams.
+struct ChildStreams {
+    HANDLE input = nullptr;
+    HANDLE output = nullptr;
+    HANDLE errors = nullptr;
+};
+
+/// Starts the program; 0, or the system's error.
+DWORD Start(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
+            const ChildStreams& streams, DWORD flags, Handle& process)
+{
+    std::wstring line;
+    for (const std::string& argument : arguments)
+        AppendQuoted(Wide(argument), line);
+    std::wstring variables = EnvironmentWith(environment);
+
+    STARTUPINFOW start = {};
+    start.cb = sizeof start;
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdInput = streams.input;
+    start.hStdOutput = streams.output;
+    start.hStdError = streams.errors;
+
+    // The child inherits the error mode: with it a fault ends the program without asking the user.
+    const UINT oldMode = ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
+    PROCESS_INFORMATION started = {};
+    const BOOL ok =
+        ::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, flags | CREATE_UNICODE_ENVIRONMENT,
+                         variables.data(), nullptr, &start, &started);
+    const DWORD error = ::GetLastError();
+    ::SetErrorMode(oldMode);
+    if (ok == 0)
+        return error;
+    ::CloseHandle(started.hThread);
+    *process.Place() = started.hProcess;
+    return 0;
+}
+
 } // namespace
 
 ProcessResult RunProcess(const std::vector<std::string>& arguments, std::chrono::milliseconds limit,
@@ -169,37 +240,17 @@ ProcessResult RunProcess(const std::vector<std::string>& arguments, std::chrono:
 {
     if (arguments.empty())
         return Failure(ERROR_INVALID_PARAMETER);
-    std::wstring line;
-    for (const std::string& argument : arguments)
-        AppendQuoted(Wide(argument), line);
-    std::wstring variables = EnvironmentWith(environment);
-
     Pipe output;
     Pipe errors;
-    SECURITY_ATTRIBUTES inherited = {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-    const Handle input(::CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
-                                     OPEN_EXISTING, 0, nullptr));
-    if (!output.Open() || !errors.Open() || input.Get() == nullptr)
+    const Handle input(OpenNull());
+    if (!output.Open() || !errors.Open() || !KeepFromChild(output.read) || !KeepFromChild(errors.read)
+        || input.Get() == nullptr)
         return Failure(::GetLastError());
 
-    STARTUPINFOW start = {};
-    start.cb = sizeof start;
-    start.dwFlags = STARTF_USESTDHANDLES;
-    start.hStdInput = input.Get();
-    start.hStdOutput = output.write.Get();
-    start.hStdError = errors.write.Get();
-
-    // The child inherits the error mode: with it a fault ends the program without asking the user.
-    const UINT oldMode = ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
-    PROCESS_INFORMATION started = {};
-    const BOOL ok = ::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, CREATE_UNICODE_ENVIRONMENT,
-                                     variables.data(), nullptr, &start, &started);
-    const DWORD error = ::GetLastError();
-    ::SetErrorMode(oldMode);
-    if (ok == 0)
+    Handle process;
+    const ChildStreams streams = {input.Get(), output.write.Get(), errors.write.Get()};
+    if (const DWORD error = Start(arguments, environment, streams, 0, process))
         return Failure(error);
-    const Handle process(started.hProcess);
-    const Handle thread(started.hThread);
     output.write.Close();
     errors.write.Close();
 
@@ -218,16 +269,111 @@ ProcessResult RunProcess(const std::vector<std::string>& arguments, std::chrono:
 
     DWORD exitCode = 0;
     ::GetExitCodeProcess(process.Get(), &exitCode);
-    if (stopped) {
-        result.end = ProcessEnd::TimedOut;
-    } else if (IsFault(exitCode)) {
-        result.end = ProcessEnd::Crashed;
-        result.crash = FaultName(exitCode);
-    } else {
-        result.end = ProcessEnd::Exited;
-        result.exitCode = static_cast<int>(exitCode);
-    }
+    NoteEnd(exitCode, stopped, result);
     return result;
+}
+
+struct PipedProcess::Inside {
+    ProcessResult result;
+    StopQuestion stop = nullptr;
+    Handle process; ///< null: none that runs
+    Handle stream;
+    Handle errors;
+    std::thread errorReader;
+
+    /// Waits for the end of the program.
+    void Wait()
+    {
+        constexpr DWORD kMilliseconds = 100;
+        bool stopped = false;
+        while (::WaitForSingleObject(process.Get(), kMilliseconds) == WAIT_TIMEOUT) {
+            if (!stopped && stop()) {
+                stopped = true;
+                ::TerminateProcess(process.Get(), 1);
+            }
+        }
+        errorReader.join();
+        DWORD exitCode = 0;
+        ::GetExitCodeProcess(process.Get(), &exitCode);
+        process.Close();
+        NoteEnd(exitCode, stopped, result);
+    }
+};
+
+PipedProcess::PipedProcess(const std::vector<std::string>& arguments, PipedStream stream, StopQuestion stop)
+    : m_inside(std::make_unique<Inside>())
+{
+    constexpr DWORD kPipeBytes = 1 << 20; // pictures are large
+    m_inside->stop = stop;
+    if (arguments.empty()) {
+        m_inside->result = Failure(ERROR_INVALID_PARAMETER);
+        return;
+    }
+    const bool isInput = stream == PipedStream::Input;
+    Pipe data;
+    Pipe errors;
+    const Handle null(OpenNull());
+    if (!data.Open(kPipeBytes) || !errors.Open() || !KeepFromChild(isInput ? data.write : data.read)
+        || !KeepFromChild(errors.read) || null.Get() == nullptr) {
+        m_inside->result = Failure(::GetLastError());
+        return;
+    }
+    ChildStreams streams = {null.Get(), null.Get(), errors.write.Get()};
+    (isInput ? streams.input : streams.output) = isInput ? data.read.Get() : data.write.Get();
+    if (const DWORD error = Start(arguments, {}, streams, CREATE_NEW_PROCESS_GROUP, m_inside->process)) {
+        m_inside->result = Failure(error);
+        return;
+    }
+    m_inside->stream.Take(isInput ? data.write : data.read);
+    m_inside->errors.Take(errors.read);
+    errors.write.Close(); // or its end would never come
+    m_inside->errorReader = std::thread(ReadAll, m_inside->errors.Get(), std::ref(m_inside->result.errors));
+}
+
+PipedProcess::~PipedProcess()
+{
+    if (m_inside->process.Get() == nullptr)
+        return;
+    m_inside->stream.Close();
+    ::TerminateProcess(m_inside->process.Get(), 1);
+    m_inside->Wait();
+}
+
+std::size_t PipedProcess::Read(void* bytes, std::size_t count)
+{
+    constexpr std::size_t kMost = std::size_t{1} << 20;
+    auto* const to = static_cast<char*>(bytes);
+    std::size_t done = 0;
+    DWORD got = 0;
+    while (m_inside->stream.Get() != nullptr && done < count && !m_inside->stop()
+           && ::ReadFile(m_inside->stream.Get(), to + done, static_cast<DWORD>(std::min(count - done, kMost)),
+                         &got, nullptr)
+               != 0
+           && got > 0)
+        done += got;
+    return done;
+}
+
+bool PipedProcess::Write(const void* bytes, std::size_t count)
+{
+    constexpr std::size_t kMost = std::size_t{1} << 20;
+    const auto* const from = static_cast<const char*>(bytes);
+    std::size_t done = 0;
+    DWORD put = 0;
+    while (m_inside->stream.Get() != nullptr && done < count && !m_inside->stop()
+           && ::WriteFile(m_inside->stream.Get(), from + done,
+                          static_cast<DWORD>(std::min(count - done, kMost)), &put, nullptr)
+               != 0)
+        done += put;
+    return done == count;
+}
+
+ProcessResult PipedProcess::Finish()
+{
+    m_inside->stream.Close();
+    if (m_inside->process.Get() != nullptr)
+        m_inside->Wait();
+    return m_inside->result;
 }
 
 std::string ProgramPath()

