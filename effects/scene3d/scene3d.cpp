@@ -156,8 +156,8 @@ void Scene3D::DrawPixels(const QuadFace& face, bool isBack, double light, const 
         return;
     ImageOps ops;
     // The rectangle may stick out of the texture, by the grid's rounding or because the back is smaller.
-    const bool isWhole =
-        rect.x + rect.width <= texture->GetWidth() && rect.y + rect.height <= texture->GetHeight();
+    const bool isWhole = std::int64_t{rect.x} + rect.width <= texture->GetWidth()
+        && std::int64_t{rect.y} + rect.height <= texture->GetHeight();
     if (!isWhole)
         ops.Fill(part, 0);
     if (!ops.CopyRect(*texture, rect.x, rect.y, rect.width, rect.height, part, 0, 0))

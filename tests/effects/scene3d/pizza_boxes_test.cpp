@@ -27,12 +27,13 @@ constexpr float kHorizontal = 0, kVertical = 1;
 
 /// Levels by name; one box on a transparent ground unless told.
 struct Turn {
-    float slices = 0, cohesion = 1, depth = 0, ebb = 0, orientation = kHorizontal, rotateRight = 0, spread = 0,
-          alternate = 0, fog = 0, shine = 0, background = kTransparent;
+    float slices = 0, cohesion = 1, depth = 0, ebb = 0, orientation = kHorizontal, rotateRight = 0,
+          spread = 0, alternate = 0, fog = 0, shine = 0, background = kTransparent;
 
     std::vector<float> Levels() const
     {
-        return {slices, cohesion, depth, ebb, orientation, rotateRight, spread, alternate, fog, shine, background};
+        return {slices, cohesion,  depth, ebb,   orientation, rotateRight,
+                spread, alternate, fog,   shine, background};
     }
 };
 
@@ -42,7 +43,8 @@ constexpr float Slices(int count)
     return static_cast<float>(count - 1) / 9.0f + 0.001f;
 }
 
-GuardedPicture TurnOver(const Turn& turn, const GuardedPicture& in, const GuardedPicture& second, double progress)
+GuardedPicture TurnOver(const Turn& turn, const GuardedPicture& in, const GuardedPicture& second,
+                        double progress)
 {
     return Rendered(kEffect, turn.Levels(), in, second, progress);
 }
@@ -238,7 +240,8 @@ Side ComingFrom(const Turn& turn, bool bottomUp)
     const GuardedPicture in = Plain(65, 65, 0, 0, 200, 255, layout), second = Plain(65, 65, 200, 0, 0, 255);
     const GuardedPicture out = TurnOver(turn, in, second, 0.75);
     const auto isSecond = [&](int x, int y) { return out.Byte(x, y, 0) > 100 && out.Byte(x, y, 2) == 0; };
-    const bool left = isSecond(10, 32), right = isSecond(54, 32), top = isSecond(32, 10), bottom = isSecond(32, 54);
+    const bool left = isSecond(10, 32), right = isSecond(54, 32), top = isSecond(32, 10),
+               bottom = isSecond(32, 54);
     if (left + right == 1 && turn.orientation == kHorizontal)
         return left ? Side::Left : Side::Right;
     if (top + bottom == 1 && turn.orientation == kVertical)
@@ -388,9 +391,10 @@ int WholeScratchPictures(float fog, float shine, double progress)
     moment.second = &second;
     moment.progress = progress;
     EXPECT_TRUE(Render(*NewEffect(kEffect), host, moment, in, out));
-    return static_cast<int>(std::count_if(memory.Calls().begin(), memory.Calls().end(), [](const MemoryCall& call) {
-        return call.kind == MemoryCall::AllocImage && call.width == 40 && call.height == 30;
-    }));
+    return static_cast<int>(
+        std::count_if(memory.Calls().begin(), memory.Calls().end(), [](const MemoryCall& call) {
+            return call.kind == MemoryCall::AllocImage && call.width == 40 && call.height == 30;
+        }));
 }
 
 TEST(PizzaBoxes, Render_WithoutFogAndShine_MakesNoCopies)
@@ -479,7 +483,8 @@ TEST(PizzaBoxes, Render_ASecondPictureThatIsMissing_ShowsNoBacks)
 TEST(PizzaBoxes, Render_OnePixelAcrossOrDown_ShowsTheBackgroundAlone)
 {
     for (const auto& [width, height] : {std::pair{1, 20}, {20, 1}, {1, 1}}) {
-        const GuardedPicture in = Noisy(width, height, PF_BGRA8, 1), second = Noisy(width, height, PF_BGRA8, 2);
+        const GuardedPicture in = Noisy(width, height, PF_BGRA8, 1),
+                             second = Noisy(width, height, PF_BGRA8, 2);
         const GuardedPicture nothing(width, height, PF_BGRA8);
         Turn turn;
         EXPECT_TRUE(Equal(TurnOver(turn, in, second, 0.3), nothing));
@@ -487,6 +492,21 @@ TEST(PizzaBoxes, Render_OnePixelAcrossOrDown_ShowsTheBackgroundAlone)
         EXPECT_TRUE(Equal(TurnOver(turn, in, second, 0.3), in));
         turn.background = kSecond;
         EXPECT_TRUE(Equal(TurnOver(turn, in, second, 0.3), second));
+    }
+}
+
+TEST(PizzaBoxes, Render_PicturesWithoutHeight_ShowTheBackgroundAlone)
+{
+    const GuardedPicture in = Noisy(20, 16, PF_BGRA8, 1), before = Noisy(20, 16, PF_BGRA8, 3);
+    const GuardedPicture nothing(20, 16, PF_BGRA8);
+    for (const bool ofOutput : {false, true}) {
+        FakeHost host(Levels(kEffect, Turn{}.Levels()));
+        const GuardedPicture out = before;
+        VideoFrame first = in.Frame(), second = {}, output = out.Frame();
+        (ofOutput ? output : first).height = 0;
+        RenderInfo info = MakeInfo(AtProgress(0.3));
+        EXPECT_TRUE(NewEffect(kEffect)->Render(&host, &first, &second, &output, &info));
+        EXPECT_TRUE(Equal(out, ofOutput ? before : nothing));
     }
 }
 
@@ -514,7 +534,10 @@ TEST(PizzaBoxes, Render_Knobs_AreReadOnceInTheirOrder)
         EXPECT_TRUE(Render(*NewEffect(kEffect), host, moment, in, out));
         std::vector<KnobRead> expected;
         for (std::uint32_t k = 0; k < 11; ++k)
-            expected.push_back({k, k == 4 || k == 10 ? ParamChoice : k >= 5 && k <= 7 ? ParamCheck : ParamFloat});
+            expected.push_back({k,
+                                k == 4 || k == 10      ? ParamChoice
+                                    : k >= 5 && k <= 7 ? ParamCheck
+                                                       : ParamFloat});
         EXPECT_EQ(host.Reads(), expected);
     }
 }
@@ -576,14 +599,23 @@ TEST(PizzaBoxes, Render_RandomPicturesAndKnobs_AreThePlainVersion)
     for (const std::uint32_t format : kPictureFormats)
         for (int i = 0; i < 60; ++i) {
             const bool glows = i % 3 == 0;
-            const std::vector<float> levels = {level(), level(), level(), level(), box(), box(), box(), box(),
-                                               glows ? level() : 0, glows ? level() : 0,
+            const std::vector<float> levels = {level(),
+                                               level(),
+                                               level(),
+                                               level(),
+                                               box(),
+                                               box(),
+                                               box(),
+                                               box(),
+                                               glows ? level() : 0,
+                                               glows ? level() : 0,
                                                static_cast<float>(random() % 4)};
             TransitionSizes sizes = RandomSizes(random, 47, 47);
             for (std::int32_t* size : {&sizes.width, &sizes.height, &sizes.secondWidth, &sizes.secondHeight,
                                        &sizes.outWidth, &sizes.outHeight})
                 ++*size;
-            CompareTransition(kEffect, format, sizes, levels, static_cast<double>(level()), i % 7 == 0, random);
+            CompareTransition(kEffect, format, sizes, levels, static_cast<double>(level()), i % 7 == 0,
+                              random);
         }
 }
 

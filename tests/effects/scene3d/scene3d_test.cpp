@@ -533,6 +533,21 @@ TEST(Scene3D, DrawFace_ABackTextureThatIsSmaller_IsTransparentWhereItEnds)
                 ASSERT_EQ(stage.out.Byte(x, y, c), x < 4 ? small.Byte(x, y, c) : 0);
 }
 
+TEST(Scene3D, DrawFace_PartsFarOutsideTheTexture_AreLeftOut)
+{
+    Stage stage;
+    QuadFace face = stage.WholeFace();
+    for (const double wild : {1e30, -1e30, kNaN, 2.0, -2.0}) {
+        face.SetFrontRect(wild, wild, wild, wild);
+        stage.scene.DrawFace(face, kCode, false);
+        face.SetFrontRect(0, wild, 1, wild);
+        stage.scene.DrawFace(face, kCode, false);
+        face.SetFrontRect(wild, 0, wild, 1);
+        stage.scene.DrawFace(face, kCode, false);
+    }
+    EXPECT_TRUE(stage.Untouched());
+}
+
 TEST(Scene3D, DrawFace_MemoryRefused_LeavesTheFaceOut)
 {
     MemoryHabits habits;
