@@ -14,6 +14,7 @@ struct Case {
     std::vector<std::uint32_t> knobs;
     Content content = Content::Scene;
     double progress = 0.0;
+    double time = 0.0;
 };
 
 void RenderEffect(benchmark::State& state, const Case& work, std::uint32_t format, CpuVariant variant)
@@ -36,6 +37,7 @@ void RenderEffect(benchmark::State& state, const Case& work, std::uint32_t forma
     VideoFrame first = picture.Record(), second = other.Record(), out = output.Record();
     RenderInfo info = {};
     info.progress = work.progress;
+    info.time = work.time;
     Host host(work.knobs);
     Measure(state, width, height, [&] { effect->Render(&host, &first, &second, &out, &info); });
     effect->Release();
@@ -82,6 +84,24 @@ const bool g_registered = [] {
         Levels({0.39f, 1.0f, 0.76f, 0.76f});                              // Rounding, Layers, Shadow, Angle
     collage.insert(collage.end(), {0x44FEFE, 0x400080, FloatWord(1.0f)}); // colours, Blend Colors
     Register({"Paper Collage", EffectPaperCollage, collage, Content::Scene, 0.5});
+    // Blur, Angle, Direction: streaks both ways, as long as they get, of both pictures.
+    Register({"Smear", EffectSmear, Levels({1.0f, 0.0f, 0.5f}), Content::Scene, 0.5});
+    // Horizontal, Vertical, Crop, Rate, Jitter, Blur, as a user finds them, in mid-move.
+    Register({"Active Camera", EffectActiveCamera, Levels({0.2f, 0.5f, 0.18f, 0.9f, 0.5f, 0.505f}),
+              Content::Scene, 0.0, 1.3});
+    // Horiz Crop, Vert Crop, Feather, Crop Style.
+    Register({"Crop Borders scale", EffectCropBorders, Levels({0.75f, 0.75f, 0.02f, 0.0f})});
+    std::vector<std::uint32_t> overlay = Levels({1.0f, 1.0f, 0.835f});
+    overlay.push_back(1);
+    Register({"Crop Borders overlay", EffectCropBorders, overlay});
+    // Columns, Rows, Direction, Reverse.
+    Register({"3D Confetti 6x4", Effect3DConfetti, Levels({0.27f, 0.16f, 0.0f, 0.0f}), Content::Scene, 0.5});
+    Register({"3D Confetti 20x20", Effect3DConfetti, Levels({1.0f, 1.0f, 0.0f, 0.0f}), Content::Scene, 0.5});
+    // Slices, Depth, Orientation, Rotate right, Spread, Fog, Shine, Background; both glows, and neither.
+    Register({"3D Pizza Boxes glowing", Effect3DPizzaBoxes,
+              Levels({0.43f, 0.51f, 0.0f, 0.0f, 0.0f, 0.45f, 0.5f, 0.0f}), Content::Scene, 0.5});
+    Register({"3D Pizza Boxes", Effect3DPizzaBoxes,
+              Levels({0.43f, 0.51f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f, 0.0f}), Content::Scene, 0.5});
     return true;
 }();
 

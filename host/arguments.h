@@ -1,14 +1,18 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
 #include "contract/video_frame.h"
+#include "host/clip_timeline.h"
+#include "host/clips/clip_kind.h"
 #include "host/failure.h"
 #include "host/pictures/picture_file.h"
 #include "host/pictures/safe_write.h"
+#include "host/program_description.h"
 
 namespace kelmora::host {
 
@@ -32,7 +36,8 @@ struct FrameArguments {
     std::string input;
     std::string second; ///< empty: none
     std::string output;
-    std::string preset; ///< empty: none
+    std::string preset;     ///< empty: none
+    std::string presetFile; ///< empty: none
     std::vector<std::string> settings;
     PixelFormat format = PF_BGRA8;
     double time = 0.0; ///< seconds
@@ -42,7 +47,15 @@ struct FrameArguments {
 
 /// `kelmora render EFFECT INPUT -o OUTPUT`
 struct RenderArguments : FrameArguments {
-    double progress = 0.5;
+    std::optional<double> progress;  ///< nothing: follows the clip; 0.5 for a picture
+    std::optional<double> duration;  ///< seconds, of a transition and of pictures that become a clip
+    std::optional<Ratio> rate;       ///< of clips that tell none
+    FrameRange frames;               ///< the part of the clip to render
+    int jobs = 0;                    ///< frames at a time; 0: as many as there are processors
+    ClipKind stream = ClipKind::Y4m; ///< what a pipe carries, Y4m or Pam
+    std::string encode;              ///< more words for FFmpeg
+    bool hasSound = true;            ///< false: none goes along
+    bool json = false;
 };
 
 /// `kelmora sweep EFFECT FIRST --to SECOND -o OUTPUT`
@@ -50,6 +63,37 @@ struct SweepArguments : FrameArguments {
     int steps = 11;  ///< frames, from progress 0 to progress 1; at least 2
     int columns = 0; ///< frames in a row; 0: all
     int width = 0;   ///< most pixels across a frame; 0: as they are
+};
+
+/// `kelmora gallery PICTURE PICTURE... -o OUTPUT`
+struct GalleryArguments {
+    std::string library;
+    std::vector<std::string> pictures; ///< two or more
+    std::string output;
+    int steps = 9;    ///< frames of what moves, at least 2
+    int width = 400;  ///< most pixels across a frame
+    int quality = 75; ///< of the JPEG pictures
+    Overwrite overwrite = Overwrite::No;
+};
+
+enum class Shell { Bash, Zsh, Fish };
+
+/// `kelmora completion SHELL`
+struct CompletionArguments {
+    Shell shell = Shell::Bash;
+};
+
+/// `kelmora manual`
+struct ManualArguments {};
+
+enum class PresetAction { Save, Load, Show };
+
+/// `kelmora presets ACTION FILE`
+struct PresetsArguments {
+    PresetAction action = PresetAction::Show;
+    std::string file;
+    std::string name;     ///< of the preset; empty: as the file
+    FrameArguments frame; ///< library, effect, knobs, and whether to replace the file
 };
 
 /// `kelmora check FILE`
@@ -68,10 +112,14 @@ struct TextAnswer {
     std::string text; ///< for standard output when the code is Done, else for standard error
 };
 
-using Command = std::variant<TextAnswer, ListArguments, DescribeArguments, RenderArguments, SweepArguments,
-                             CheckArguments>;
+using Command =
+    std::variant<TextAnswer, ListArguments, DescribeArguments, RenderArguments, SweepArguments,
+                 GalleryArguments, CheckArguments, PresetsArguments, CompletionArguments, ManualArguments>;
 
 /// Reads the arguments behind the program's name, UTF-8.
 Command ParseArguments(const std::vector<std::string>& arguments);
+
+/// The arguments that ParseArguments takes, as the help shows them.
+ProgramDescription DescribeProgram();
 
 } // namespace kelmora::host

@@ -22,7 +22,35 @@ VideoFrame RecordOf(std::vector<std::uint8_t>& pixels, std::int32_t width, std::
     return frame;
 }
 
+void Run(IVideoEffect& effect, VideoFrame& first, VideoFrame* second, VideoFrame& output,
+         const FrameSettings& settings)
+{
+    RenderInfo info = {};
+    info.progress = settings.progress;
+    info.time = settings.time;
+    if (settings.pixelAspect > 0.0) {
+        info.flags = RenderHasAspect;
+        info.pixelAspect = settings.pixelAspect;
+    }
+    StrictHost host(settings.knobs, Strictness::Plain);
+    if (!effect.Render(&host, &first, second, &output, &info))
+        throw Failure(ExitCode::Failed, "the effect could not render the picture");
+}
+
 } // namespace
+
+void RenderFrame(IVideoEffect& effect, std::int32_t width, std::int32_t height,
+                 std::vector<std::uint8_t>& first, std::vector<std::uint8_t>* second,
+                 std::vector<std::uint8_t>& output, const FrameSettings& settings)
+{
+    output.assign(first.size(), 0); // an effect may leave pixels as they stood
+    VideoFrame firstFrame = RecordOf(first, width, height, PF_BGRA8);
+    VideoFrame secondFrame = {};
+    if (second != nullptr)
+        secondFrame = RecordOf(*second, width, height, PF_BGRA8);
+    VideoFrame outputFrame = RecordOf(output, width, height, PF_BGRA8);
+    Run(effect, firstFrame, second != nullptr ? &secondFrame : nullptr, outputFrame, settings);
+}
 
 Picture RenderPicture(IVideoEffect& effect, const Picture& first, const Picture* second,
                       const FrameSettings& settings)
@@ -38,13 +66,7 @@ Picture RenderPicture(IVideoEffect& effect, const Picture& first, const Picture*
         secondFrame = RecordOf(secondPixels, second->width, second->height, settings.format);
     }
 
-    RenderInfo info = {};
-    info.progress = settings.progress;
-    info.time = settings.time;
-    StrictHost host(settings.knobs, Strictness::Plain);
-    VideoFrame* const secondRecord = second != nullptr ? &secondFrame : nullptr;
-    if (!effect.Render(&host, &firstFrame, secondRecord, &outputFrame, &info))
-        throw Failure(ExitCode::Failed, "the effect could not render the picture");
+    Run(effect, firstFrame, second != nullptr ? &secondFrame : nullptr, outputFrame, settings);
     return FromFormat(output, first.width, first.height, settings.format);
 }
 

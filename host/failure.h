@@ -8,9 +8,10 @@ namespace kelmora::host {
 /// What the program ends with.
 enum class ExitCode {
     Done = 0,
-    Failed = 1,  ///< a rendering or a file failed, or a check did
-    Usage = 2,   ///< the arguments make no sense
-    Unknown = 3, ///< there is no such effect, knob or preset
+    Failed = 1,        ///< a rendering or a file failed, or a check did
+    Usage = 2,         ///< the arguments make no sense
+    Unknown = 3,       ///< there is no such effect, knob or preset
+    Interrupted = 130, ///< Ctrl-C came, as shells number it
 };
 
 /// Ends a command: one line for the user and the exit code.

@@ -182,7 +182,7 @@ const char* KindText(ParamKind kind)
     return "unknown";
 }
 
-void Assign(const EffectFace& face, const std::string& assignment, std::vector<ParamValue>& values)
+Assignment SplitAssignment(const EffectFace& face, const std::string& assignment)
 {
     const std::size_t equals = assignment.find('=');
     if (equals == std::string::npos || equals == 0)
@@ -197,7 +197,7 @@ void Assign(const EffectFace& face, const std::string& assignment, std::vector<P
             ExitCode::Unknown,
             UnknownName("knob", asked, names, "\"kelmora describe " + face.slug + "\" shows all knobs"));
     }
-    values[*found] = ParseValue(face.knobs[*found], assignment.substr(equals + 1));
+    return {*found, assignment.substr(equals + 1)};
 }
 
 std::vector<ParamValue> PresetValues(const EffectFace& face, const std::string& name)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -36,9 +37,14 @@ std::string ShownText(const Knob& knob, const ParamValue& value);
 /// The kind in a word: "float", "choice", "color", "check", "point"; "unknown" for others.
 const char* KindText(ParamKind kind);
 
-/// Lays the assignment "NAME=VALUE" over `values`, which has an entry per knob. Throws Failure for an unknown
-/// knob and for a bad value.
-void Assign(const EffectFace& face, const std::string& assignment, std::vector<ParamValue>& values);
+/// A knob, by its index, and the value that it is given.
+struct Assignment {
+    std::size_t knob = 0;
+    std::string text;
+};
+
+/// Takes "NAME=VALUE" apart. Throws Failure when it is none and for an unknown knob.
+Assignment SplitAssignment(const EffectFace& face, const std::string& assignment);
 
 /// The values of the preset named `name`. Throws Failure, with the nearest names, when there is none.
 std::vector<ParamValue> PresetValues(const EffectFace& face, const std::string& name);

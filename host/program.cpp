@@ -4,8 +4,12 @@
 
 #include "host/arguments.h"
 #include "host/commands/check.h"
+#include "host/commands/completion.h"
 #include "host/commands/describe.h"
+#include "host/commands/gallery.h"
 #include "host/commands/list.h"
+#include "host/commands/manual.h"
+#include "host/commands/presets.h"
 #include "host/commands/render.h"
 #include "host/commands/sweep.h"
 
@@ -37,12 +41,32 @@ struct Runner {
     }
     ExitCode operator()(const RenderArguments& arguments) const
     {
-        RunRender(arguments);
+        RunRender(arguments, out, errors);
         return ExitCode::Done;
     }
     ExitCode operator()(const SweepArguments& arguments) const
     {
         RunSweep(arguments);
+        return ExitCode::Done;
+    }
+    ExitCode operator()(const GalleryArguments& arguments) const
+    {
+        RunGallery(arguments, out);
+        return ExitCode::Done;
+    }
+    ExitCode operator()(const PresetsArguments& arguments) const
+    {
+        RunPresets(arguments, out);
+        return ExitCode::Done;
+    }
+    ExitCode operator()(const CompletionArguments& arguments) const
+    {
+        out << CompletionFor(DescribeProgram(), arguments.shell);
+        return ExitCode::Done;
+    }
+    ExitCode operator()(const ManualArguments&) const
+    {
+        out << ManualFor(DescribeProgram());
         return ExitCode::Done;
     }
     ExitCode operator()(const CheckArguments& arguments) const { return RunCheck(arguments, out, errors); }

@@ -27,9 +27,9 @@ enum class FileDialogKind {
 /// What a file dialog shows, and where its answer goes. All texts are zero-ended.
 struct FileDialog {
     FileDialogKind kind = FileDialogKind::Open;
-    void* owner = nullptr;                      ///< window that waits behind the dialog, or null
-    char16_t* path = nullptr;                   ///< what the file's name is at first; gets its full path
-    std::size_t capacity = 0;                   ///< characters of `path`, its end mark included
+    void* owner = nullptr;    ///< window that waits behind the dialog, or null
+    char16_t* path = nullptr; ///< what the file's name is at first; gets its full path
+    std::size_t capacity = 0; ///< characters of `path`, its end mark included
     const char16_t* title = nullptr;
     const char16_t* filter = nullptr;           ///< a label, a pattern such as "*.txt", and an empty text
     const char16_t* defaultExtension = nullptr; ///< without a dot; for a name that is typed without one

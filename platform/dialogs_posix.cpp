@@ -51,8 +51,9 @@ DesktopAnswer AskForPath(const FileDialog& dialog, const Texts& texts, const std
 bool AskToReplace(const Texts& texts, const std::string& path)
 {
     const std::string question = path + " already exists.\nDo you want to replace it?";
-    return AskDesktop({"--question", "--no-markup", "--title=" + texts.title, "--text=" + ForZenity(question)},
-                      {"--title", texts.title, "--yesno", question})
+    return AskDesktop(
+               {"--question", "--no-markup", "--title=" + texts.title, "--text=" + ForZenity(question)},
+               {"--title", texts.title, "--yesno", question})
         .confirmed;
 }
 

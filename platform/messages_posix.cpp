@@ -9,8 +9,9 @@ try {
     const bool warns = kind == MessageKind::Exclamation;
     const std::string words = NarrowText(text);
     const std::string name = NarrowText(title);
-    AskDesktop({warns ? "--warning" : "--info", "--no-markup", "--title=" + name, "--text=" + ForZenity(words)},
-               {"--title", name, warns ? "--sorry" : "--msgbox", words});
+    AskDesktop(
+        {warns ? "--warning" : "--info", "--no-markup", "--title=" + name, "--text=" + ForZenity(words)},
+        {"--title", name, warns ? "--sorry" : "--msgbox", words});
 } catch (...) { // no memory: nothing to show
 }
 

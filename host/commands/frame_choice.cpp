@@ -2,15 +2,33 @@
 
 #include "host/failure.h"
 #include "host/knob_value.h"
+#include "host/preset_file_choice.h"
 
 namespace kelmora::host {
+
+namespace {
+
+std::vector<ParamValue> ValuesBefore(const EffectFace& face, const FrameArguments& arguments)
+{
+    if (!arguments.presetFile.empty())
+        return PresetFileValues(face, arguments.presetFile);
+    return arguments.preset.empty() ? face.Defaults() : PresetValues(face, arguments.preset);
+}
+
+} // namespace
+
+KnobTimeline ChosenKnobs(const EffectFace& face, const FrameArguments& arguments)
+{
+    KnobTimeline knobs(ValuesBefore(face, arguments));
+    for (const std::string& setting : arguments.settings)
+        knobs.Set(face, setting);
+    return knobs;
+}
 
 FrameSettings ChosenSettings(const EffectFace& face, const FrameArguments& arguments)
 {
     FrameSettings settings;
-    settings.knobs = arguments.preset.empty() ? face.Defaults() : PresetValues(face, arguments.preset);
-    for (const std::string& setting : arguments.settings)
-        Assign(face, setting, settings.knobs);
+    settings.knobs = ChosenKnobs(face, arguments).At(arguments.time);
     settings.format = arguments.format;
     settings.time = arguments.time;
     return settings;

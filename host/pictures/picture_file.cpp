@@ -125,6 +125,17 @@ void CheckPictureSize(const std::string& path, std::int64_t width, std::int64_t 
     }
 }
 
+std::vector<std::uint8_t> JpegBytes(const Picture& picture, int quality)
+{
+    std::vector<std::uint8_t> file;
+    if (picture.width > kMostJpegSide || picture.height > kMostJpegSide
+        || stbi_write_jpg_to_func(Append, &file, picture.width, picture.height,
+                                  static_cast<int>(Picture::kPixelBytes), picture.rgba.data(), quality)
+            == 0)
+        throw Failure(ExitCode::Failed, "a picture is too large for a JPEG file");
+    return file;
+}
+
 void WritePicture(const std::string& path, const Picture& picture, Overwrite overwrite, int quality)
 {
     CheckPictureTarget(path, overwrite);

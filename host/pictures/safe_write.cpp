@@ -22,32 +22,6 @@ namespace fs = std::filesystem;
     throw Failure(ExitCode::Failed, path + " is already there; --force replaces it");
 }
 
-/// The file under its name for the time being. Removes it, unless it was moved away.
-class PartFile {
-public:
-    explicit PartFile(fs::path path) : m_path(std::move(path)) {}
-    PartFile(const PartFile&) = delete;
-    PartFile& operator=(const PartFile&) = delete;
-    ~PartFile()
-    {
-        std::error_code ignored;
-        fs::remove(m_path, ignored);
-    }
-
-    const fs::path& Path() const { return m_path; }
-
-    bool Write(const std::vector<std::uint8_t>& bytes) const
-    {
-        std::ofstream file(m_path, std::ios::binary | std::ios::trunc);
-        file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        file.close(); // a full disk shows no earlier than here
-        return file.good();
-    }
-
-private:
-    fs::path m_path;
-};
-
 /// Gives the file its name if no other has it. A link cannot replace a file, so this holds also when somebody
 /// makes one at the same moment.
 std::error_code NameIfFree(const fs::path& part, const fs::path& target)
@@ -69,6 +43,8 @@ void CheckTarget(const std::string& path, Overwrite overwrite)
     const fs::path target = PathOf(path);
     if (fs::is_directory(target, ignored))
         CannotWrite(path, "it is a folder");
+    if (fs::is_other(target, ignored)) // a rename would put a file in its place
+        CannotWrite(path, "it is no file");
     const fs::path folder = fs::absolute(target, ignored).parent_path();
     if (!fs::is_directory(folder, ignored))
         CannotWrite(path, "there is no folder " + TextOf(folder));
@@ -76,25 +52,45 @@ void CheckTarget(const std::string& path, Overwrite overwrite)
         AlreadyThere(path);
 }
 
+PartFile::PartFile(const std::string& target, Overwrite overwrite) : m_target(target), m_overwrite(overwrite)
+{
+    CheckTarget(target, overwrite);
+    const fs::path path = PathOf(target);
+    fs::path name = path.stem();
+    name += "." + std::to_string(platform::ProcessNumber()) + ".part";
+    name += path.extension();
+    m_path = path.parent_path() / name;
+}
+
+PartFile::~PartFile()
+{
+    std::error_code ignored;
+    fs::remove(m_path, ignored);
+}
+
+void PartFile::Keep() const
+{
+    const fs::path target = PathOf(m_target);
+    std::error_code error;
+    if (m_overwrite == Overwrite::Yes)
+        fs::rename(m_path, target, error);
+    else
+        error = NameIfFree(m_path, target);
+    if (error == std::errc::file_exists && m_overwrite == Overwrite::No)
+        AlreadyThere(m_target);
+    if (error)
+        CannotWrite(m_target, error.message());
+}
+
 void WriteWhole(const std::string& path, const std::vector<std::uint8_t>& bytes, Overwrite overwrite)
 {
-    CheckTarget(path, overwrite);
-    const fs::path target = PathOf(path);
-    fs::path partName = target;
-    partName += "." + std::to_string(platform::ProcessNumber()) + ".part";
-    const PartFile part(partName);
-    if (!part.Write(bytes))
+    const PartFile part(path, overwrite);
+    std::ofstream file(part.Path(), std::ios::binary | std::ios::trunc);
+    file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    file.close(); // a full disk shows no earlier than here
+    if (!file)
         CannotWrite(path, "the folder is read-only or the disk is full");
-
-    std::error_code error;
-    if (overwrite == Overwrite::Yes)
-        fs::rename(part.Path(), target, error);
-    else
-        error = NameIfFree(part.Path(), target);
-    if (error == std::errc::file_exists && overwrite == Overwrite::No)
-        AlreadyThere(path);
-    if (error)
-        CannotWrite(path, error.message());
+    part.Keep();
 }
 
 } // namespace kelmora::host

@@ -1,5 +1,7 @@
 #include "host/arguments.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "host/library_file.h"
@@ -53,7 +55,7 @@ TEST(ParseArguments, Render_DefaultsAreThoseOfTheHelp)
     EXPECT_EQ(render.preset, "");
     EXPECT_TRUE(render.settings.empty());
     EXPECT_EQ(render.format, PF_BGRA8);
-    EXPECT_EQ(render.progress, 0.5);
+    EXPECT_EQ(render.progress, std::nullopt);
     EXPECT_EQ(render.time, 0.0);
     EXPECT_EQ(render.quality, 92);
     EXPECT_EQ(render.overwrite, Overwrite::No);
@@ -77,6 +79,37 @@ TEST(ParseArguments, Render_TakesAllItsOptions)
     EXPECT_EQ(render.quality, 75);
     EXPECT_EQ(render.overwrite, Overwrite::Yes);
     EXPECT_EQ(render.library, "x.dll");
+}
+
+TEST(ParseArguments, Render_TakesTheOptionsOfClips)
+{
+    const auto render = Parsed<RenderArguments>(
+        {"render",     "smear",    "-",        "-o",       "-",         "--to",       "b.mp4",
+         "--duration", "1500ms",   "--frames", "100-200",  "--rate",    "29.97",      "--jobs",
+         "3",          "--stream", "pam",      "--encode", "-c:v ffv1", "--no-sound", "--json"});
+    EXPECT_EQ(render.input, "-");
+    EXPECT_EQ(render.output, "-");
+    EXPECT_EQ(render.duration, 1.5);
+    EXPECT_EQ(render.frames, (FrameRange{100, 201}));
+    EXPECT_EQ(render.rate, (Ratio{2997, 100}));
+    EXPECT_EQ(render.jobs, 3);
+    EXPECT_EQ(render.stream, ClipKind::Pam);
+    EXPECT_EQ(render.encode, "-c:v ffv1");
+    EXPECT_FALSE(render.hasSound);
+    EXPECT_TRUE(render.json);
+}
+
+TEST(ParseArguments, Render_BadOptionsOfClips_AreRefusedWithWhatIsWanted)
+{
+    const Words bad[] = {
+        {"--duration", "-1s"}, {"--frames", "9-3"}, {"--rate", "0"}, {"--jobs", "0"}, {"--stream", "avi"}};
+    for (const Words& option : bad) {
+        Words words = {"render", "1", "i", "-o", "o.mp4"};
+        words.insert(words.end(), option.begin(), option.end());
+        EXPECT_EQ(Refusal(words).code, ExitCode::Usage) << option[0];
+    }
+    EXPECT_NE(Refusal({"render", "1", "i", "-o", "o.mp4", "--frames", "9-3"}).text.find("100-200"),
+              std::string::npos);
 }
 
 TEST(ParseArguments, Render_EveryFormatHasItsWord)
@@ -167,6 +200,59 @@ TEST(ParseArguments, Sweep_NumbersOutOfTheirRange_AreRefused)
         EXPECT_EQ(Refusal({"sweep", "1", "a", "--to", "b", "-o", "o", option, value}).code, ExitCode::Usage)
             << option << " " << value;
     }
+}
+
+TEST(ParseArguments, Gallery_TakesItsOptions)
+{
+    const auto standard = Parsed<GalleryArguments>({"gallery", "a.png", "b.png", "-o", "page.html"});
+    EXPECT_EQ(standard.pictures, (Words{"a.png", "b.png"}));
+    EXPECT_EQ(standard.output, "page.html");
+    EXPECT_EQ(standard.library, DefaultLibraryPath());
+    EXPECT_EQ(standard.steps, 9);
+    EXPECT_EQ(standard.width, 400);
+    EXPECT_EQ(standard.quality, 75);
+    EXPECT_EQ(standard.overwrite, Overwrite::No);
+    const auto gallery =
+        Parsed<GalleryArguments>({"gallery", "a", "b", "c", "--output", "p", "--steps", "21", "--width",
+                                  "640", "--quality", "50", "--library", "x.so", "-f"});
+    EXPECT_EQ(gallery.pictures, (Words{"a", "b", "c"}));
+    EXPECT_EQ(gallery.steps, 21);
+    EXPECT_EQ(gallery.width, 640);
+    EXPECT_EQ(gallery.quality, 50);
+    EXPECT_EQ(gallery.library, "x.so");
+    EXPECT_EQ(gallery.overwrite, Overwrite::Yes);
+    EXPECT_EQ(Refusal({"gallery", "a", "-o", "p"}).code, ExitCode::Usage);
+    EXPECT_EQ(Refusal({"gallery", "a", "b"}).code, ExitCode::Usage);
+    EXPECT_EQ(Refusal({"gallery", "a", "b", "-o", "p", "--steps", "1"}).code, ExitCode::Usage);
+}
+
+TEST(ParseArguments, Completion_NeedsAShellThatIsKnown)
+{
+    EXPECT_EQ(Parsed<CompletionArguments>({"completion", "bash"}).shell, Shell::Bash);
+    EXPECT_EQ(Parsed<CompletionArguments>({"completion", "zsh"}).shell, Shell::Zsh);
+    EXPECT_EQ(Parsed<CompletionArguments>({"completion", "fish"}).shell, Shell::Fish);
+    EXPECT_EQ(Refusal({"completion", "csh"}).code, ExitCode::Usage);
+}
+
+TEST(DescribeProgram, Render_HasItsArgumentsInTheOrderOfTheHelp)
+{
+    const ProgramDescription program = DescribeProgram();
+    EXPECT_EQ(program.name, "kelmora");
+    EXPECT_EQ(program.version, KELMORA_TEST_VERSION);
+    const auto render =
+        std::find_if(program.commands.begin(), program.commands.end(),
+                     [](const CommandDescription& command) { return command.name == "render"; });
+    ASSERT_NE(render, program.commands.end());
+    ASSERT_GE(render->options.size(), 6u);
+    EXPECT_EQ(render->options[0].flags, (Words{"-h", "--help"}));
+    EXPECT_EQ(render->options[1].name, "effect");
+    EXPECT_TRUE(render->options[1].isRequired);
+    EXPECT_FALSE(render->options[1].repeats);
+    EXPECT_EQ(render->options[2].name, "input");
+    EXPECT_EQ(render->options[3].flags, (Words{"-o", "--output"}));
+    EXPECT_EQ(render->options[3].value, "FILE");
+    EXPECT_TRUE(render->options[3].isRequired);
+    EXPECT_NE(render->footer.find("Values of --set"), std::string::npos);
 }
 
 TEST(ParseArguments, Check_TakesItsOptions)

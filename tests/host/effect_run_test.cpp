@@ -80,5 +80,27 @@ TEST(RenderPicture, EffectThatSaysFalse_IsAFailure)
     EXPECT_THROW(RenderPicture(effect, {1, 1, {0, 0, 0, 0}}, nullptr, {}), Failure);
 }
 
+TEST_F(RenderPictureTest, Frame_IsThatOfThePicture)
+{
+    const Held<IVideoEffect> effect = MakeEffect(*m_library, 106);
+    std::vector<std::uint8_t> first = {0, 102, 51, 200}; // blue first
+    std::vector<std::uint8_t> output = {9, 9, 9, 9, 9};
+    RenderFrame(*effect, 1, 1, first, nullptr, output, Settings(106, 0.5f));
+    EXPECT_EQ(output, (std::vector<std::uint8_t>{128, 179, 153, 200}));
+}
+
+TEST_F(RenderPictureTest, FrameOfATransition_HasBothPictures)
+{
+    const Held<IVideoEffect> effect = MakeEffect(*m_library, 102);
+    FrameSettings settings = Settings(102, 0.5f);
+    settings.progress = 0.25;
+    settings.pixelAspect = 1.5;
+    std::vector<std::uint8_t> first = {0, 0, 0, 255};
+    std::vector<std::uint8_t> second = {100, 200, 40, 255};
+    std::vector<std::uint8_t> output;
+    RenderFrame(*effect, 1, 1, first, &second, output, settings);
+    EXPECT_EQ(output, (std::vector<std::uint8_t>{25, 50, 10, 255}));
+}
+
 } // namespace
 } // namespace kelmora::host

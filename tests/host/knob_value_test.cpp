@@ -173,21 +173,18 @@ TEST(KindText, EveryKind_HasAWord)
     EXPECT_STREQ(KindText(static_cast<ParamKind>(9)), "unknown");
 }
 
-TEST(Assign, KnobWrittenDifferently_ChangesThatOneAlone)
+TEST(SplitAssignment, KnobWrittenDifferently_IsFound)
 {
-    const EffectFace face = Face();
-    std::vector<ParamValue> values = face.presets[0].values;
-    Assign(face, "SPRAY=0.5", values);
-    EXPECT_EQ(values[0].value, FloatWord(0.5f));
-    EXPECT_EQ(values[1].value, 1u);
+    const Assignment split = SplitAssignment(Face(), "SPRAY=a=b");
+    EXPECT_EQ(split.knob, 0u);
+    EXPECT_EQ(split.text, "a=b");
 }
 
-TEST(Assign, UnknownKnob_IsRefusedWithTheNearest)
+TEST(SplitAssignment, UnknownKnob_IsRefusedWithTheNearest)
 {
     const EffectFace face = Face();
-    std::vector<ParamValue> values = face.Defaults();
     try {
-        Assign(face, "Sprai=0.5", values);
+        SplitAssignment(face, "Sprai=0.5");
         FAIL();
     } catch (const Failure& failure) {
         EXPECT_EQ(failure.Code(), ExitCode::Unknown);
@@ -197,13 +194,12 @@ TEST(Assign, UnknownKnob_IsRefusedWithTheNearest)
     }
 }
 
-TEST(Assign, NoAssignment_IsRefused)
+TEST(SplitAssignment, NoAssignment_IsRefused)
 {
     const EffectFace face = Face();
-    std::vector<ParamValue> values = face.Defaults();
     for (const char* const text : {"Spray", "=1", ""}) {
         try {
-            Assign(face, text, values);
+            SplitAssignment(face, text);
             ADD_FAILURE() << text;
         } catch (const Failure& failure) {
             EXPECT_EQ(failure.Code(), ExitCode::Usage) << text;

@@ -7,6 +7,8 @@
 #include <thread>
 
 #include <windows.h>
+#else
+#include "tests/platform/desktop_programs.h"
 #endif
 
 namespace kelmora {
@@ -83,9 +85,31 @@ TEST(Messages, ShowMessage_ShowsTextTitleAndIcon)
 
 TEST(Messages, WithoutAWayToShowThem_ComeBackAtOnce)
 {
+    const FakeDesktop desktop; // without programs
     platform::ShowMessage(nullptr, u"text", u"title", MessageKind::Exclamation);
     platform::ShowMessage(nullptr, u"", u"", MessageKind::Plain);
     EXPECT_EQ(platform::ForegroundWindow(), nullptr);
+}
+
+TEST(Messages, ShowMessage_AsksZenityWithTheTextAsItIs)
+{
+    const FakeDesktop desktop;
+    desktop.Install("zenity", "exit 0");
+    platform::ShowMessage(nullptr, u"caf\u00E9 <b>\\n", u"A title", MessageKind::Exclamation);
+    EXPECT_EQ(desktop.TakeAsked(),
+              "zenity\n--warning\n--no-markup\n--title=A title\n--text=caf\xC3\xA9 <b>\\\\n\n--\n");
+    platform::ShowMessage(nullptr, u"text", u"A title", MessageKind::Plain);
+    EXPECT_EQ(desktop.TakeAsked(), "zenity\n--info\n--no-markup\n--title=A title\n--text=text\n--\n");
+}
+
+TEST(Messages, ShowMessage_WithoutZenity_AsksKdialog)
+{
+    const FakeDesktop desktop;
+    desktop.Install("kdialog", "exit 0");
+    platform::ShowMessage(nullptr, u"text", u"A title", MessageKind::Exclamation);
+    EXPECT_EQ(desktop.TakeAsked(), "kdialog\n--title\nA title\n--sorry\ntext\n--\n");
+    platform::ShowMessage(nullptr, u"text", u"A title", MessageKind::Plain);
+    EXPECT_EQ(desktop.TakeAsked(), "kdialog\n--title\nA title\n--msgbox\ntext\n--\n");
 }
 
 #endif

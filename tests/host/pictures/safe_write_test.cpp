@@ -97,6 +97,43 @@ TEST(WriteWhole, PartThatCannotBeWritten_LeavesNothing)
     EXPECT_EQ(FilesIn(folder.Path()), 0u);
 }
 
+TEST(PartFile, Name_LiesBesideWithTheSameEnding)
+{
+    const TestFolder folder;
+    const PartFile part(Utf8(folder.Path() / "clip.mp4"), Overwrite::No);
+    EXPECT_EQ(part.Path().parent_path(), folder.Path());
+    EXPECT_EQ(part.Path().extension(), ".mp4");
+    EXPECT_NE(part.Path().filename(), "clip.mp4");
+}
+
+TEST(PartFile, WithoutKeep_IsRemoved_AndWithIt_Stays)
+{
+    const TestFolder folder;
+    const std::string target = Utf8(folder.Path() / "clip.mp4");
+    {
+        const PartFile part(target, Overwrite::No);
+        TestFolder::Write(part.Path(), "half");
+    }
+    EXPECT_EQ(FilesIn(folder.Path()), 0u);
+    {
+        const PartFile part(target, Overwrite::No);
+        TestFolder::Write(part.Path(), "whole");
+        part.Keep();
+    }
+    EXPECT_EQ(Content(folder.Path() / "clip.mp4"), "whole");
+    EXPECT_EQ(FilesIn(folder.Path()), 1u);
+}
+
+TEST(PartFile, TargetMadeMeanwhile_StaysWithoutForce)
+{
+    const TestFolder folder;
+    const PartFile part(Utf8(folder.Path() / "clip.mp4"), Overwrite::No);
+    TestFolder::Write(part.Path(), "new");
+    TestFolder::Write(folder.Path() / "clip.mp4", "old");
+    EXPECT_THROW(part.Keep(), Failure);
+    EXPECT_EQ(Content(folder.Path() / "clip.mp4"), "old");
+}
+
 TEST(CheckTarget, FreeName_IsFine)
 {
     const TestFolder folder;

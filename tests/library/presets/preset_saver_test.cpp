@@ -29,7 +29,8 @@ using platform::MessageKind;
 
 constexpr char16_t kLoadError[] = u"Sorry, can't open the preset specified.\n"
                                   u"Possible reason: access denied or file is corrupted.";
-constexpr char16_t kSaveError[] = u"Sorry, can't save preset.\nPossible reason: access denied or disk is full.";
+constexpr char16_t kSaveError[] =
+    u"Sorry, can't save preset.\nPossible reason: access denied or disk is full.";
 
 // As the system's headers have them: OFN_EXPLORER, OFN_FILEMUSTEXIST, OFN_PATHMUSTEXIST; OFN_OVERWRITEPROMPT.
 constexpr std::uint32_t kOpenFlags = 0x80000 | 0x1000 | 0x800;
@@ -110,7 +111,10 @@ struct PresetSaver : testing::Test {
 
     void UserChooses(const std::filesystem::path& name) { NextDialogAnswer() = {true, PathOf(name)}; }
 
-    void Write(const char* name, const std::string& text) const { TestFolder::Write(folder.Path() / name, text); }
+    void Write(const char* name, const std::string& text) const
+    {
+        TestFolder::Write(folder.Path() / name, text);
+    }
 
     std::int32_t Load(std::int32_t effect, const char* languageCode = nullptr)
     {
@@ -281,8 +285,9 @@ TEST_F(PresetSaver, Dialogs_WithALanguage_AskTheLibraryForTheirTexts)
     other.offersTexts = true;
     EXPECT_EQ(saver->LoadPreset(nullptr, &other, EffectSmear, &preset, "de"), 0);
     EXPECT_EQ(saver->SavePreset(nullptr, &other, EffectSmear, &preset, "fr"), 0);
-    EXPECT_EQ(other.asked, (std::vector<std::string>{"de:4:Open Preset", "de:4:Preset Files",
-                                                     "fr:4:Save Preset As", "fr:4:Preset Files"}));
+    EXPECT_EQ(other.asked,
+              (std::vector<std::string>{"de:4:Open Preset", "de:4:Preset Files", "fr:4:Save Preset As",
+                                        "fr:4:Preset Files"}));
     ASSERT_EQ(ShownDialogs().size(), 2u);
     EXPECT_EQ(ShownDialogs()[0].title, u"<Open Preset>");
     EXPECT_EQ(ShownDialogs()[0].filter, u"<Preset Files> (*.fxpunke)\0*.fxpunke\0"s);
