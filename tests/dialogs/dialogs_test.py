@@ -73,6 +73,7 @@ class Screen:
         os.environ["GSETTINGS_BACKEND"] = "memory"  # the user's own settings stay as they are
         os.environ.pop("WAYLAND_DISPLAY", None)
         self.manager = subprocess.Popen(["openbox"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        wait_for("the window manager", lambda: Screen.do("get_num_desktops"))
         return self
 
     def __exit__(self, *_):
