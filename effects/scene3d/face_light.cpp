@@ -30,9 +30,11 @@ ByteCurve CurveFor(double light)
 /// Whether single precision gives the same bytes, so that the curve need not be looked up.
 bool IsPlain(const ByteCurve& curve, float light)
 {
-    for (int i = 0; i < 256; ++i)
-        if (static_cast<int>(static_cast<float>(i) * light + 0.5f) != curve[static_cast<std::size_t>(i)])
+    for (int i = 0; i < 256; ++i) {
+        const float raised = static_cast<float>(i) * light + 0.5f;
+        if (static_cast<int>(raised) != curve[static_cast<std::size_t>(i)])
             return false;
+    }
     return true;
 }
 
@@ -93,7 +95,8 @@ double MeanOfBytes(const FrameBuffer& picture, const Part& part, std::int64_t ar
     std::uint32_t sum = 0; // wraps for pieces of more than 16 million pixels
     for (int y = part.top; y < part.bottom; ++y)
         sum += sumRow(picture.PixelAddress(part.left, y, 0), part.right - part.left);
-    return static_cast<double>(sum / area);
+    const std::int64_t mean = sum / area;
+    return static_cast<double>(mean);
 }
 
 double MeanOfFirstBytes(const FrameBuffer& picture, const Part& part, std::int64_t area)
@@ -104,7 +107,8 @@ double MeanOfFirstBytes(const FrameBuffer& picture, const Part& part, std::int64
         for (std::ptrdiff_t x = part.left; x < part.right; ++x)
             sum += row[x * picture.GetPixelBytes()];
     }
-    return static_cast<double>(sum / area);
+    const std::int64_t mean = sum / area;
+    return static_cast<double>(mean);
 }
 
 /// The sum is rounded to single precision pixel by pixel.

@@ -140,10 +140,12 @@ void SampleAt(const Source<T>& src, double x, double y, int interpolation, T* to
     x = std::clamp(x, static_cast<double>(bounds.left), static_cast<double>(bounds.right));
     y = std::clamp(y, static_cast<double>(bounds.top), static_cast<double>(bounds.bottom));
     switch (interpolation) {
-    case pxNearest:
-        std::memcpy(to, src.template Pixel<L>(static_cast<int>(x + 0.5), static_cast<int>(y + 0.5)),
+    case pxNearest: {
+        const double column = x + 0.5, line = y + 0.5;
+        std::memcpy(to, src.template Pixel<L>(static_cast<int>(column), static_cast<int>(line)),
                     L::channels * sizeof(T));
         return;
+    }
     case pxCubic: {
         const Taps across = CubicTaps(x, bounds.left, bounds.right);
         const Taps down = CubicTaps(y, bounds.top, bounds.bottom);
