@@ -220,7 +220,7 @@ std::uint32_t Stretch::Follow(std::uint32_t knot, std::uint32_t limit, CameraRan
     const auto room = [&] { return limit - knot > most ? limit - knot - most - 1 : 0; };
     // A period has every draw equally often at both kinds.
     const std::uint64_t periodReach = kPeriod / kDraws / 2 * (first.sum + second.sum) / 2;
-    if (!ties && periodReach <= room()) {
+    if (!ties && periodReach > 0 && periodReach <= room()) {
         const std::uint64_t periods = room() / periodReach;
         knot += static_cast<std::uint32_t>(periods * periodReach);
         random.Skip(periods * kPeriod);

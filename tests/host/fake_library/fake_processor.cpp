@@ -120,7 +120,7 @@ bool FakeProcessor::Resize(const VideoFrame* src, VideoFrame* dst, std::int32_t 
 {
     if (src == nullptr)
         return NullAnswer();
-    const FrameRect whole = {0, 0, src->width - 1, src->height - 1};
+    const FrameRect whole = {0, 0, std::max(src->width, 0) - 1, std::max(src->height, 0) - 1};
     return ResizeRegion(src, &whole, dst, quality);
 }
 
