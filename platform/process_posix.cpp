@@ -354,9 +354,8 @@ std::size_t PipedProcess::Read(void* bytes, std::size_t count)
         const ssize_t got = ::read(stream, to + done, count - done);
         if (got > 0)
             done += static_cast<std::size_t>(got);
-        else if (got == 0 || (errno != EAGAIN && errno != EINTR))
-            break;
-        else if (!WaitUntilReady(stream, POLLIN, m_inside->stop))
+        else if (got == 0 || (errno != EAGAIN && errno != EINTR)
+                 || !WaitUntilReady(stream, POLLIN, m_inside->stop))
             break;
     }
     return done;
@@ -372,9 +371,7 @@ bool PipedProcess::Write(const void* bytes, std::size_t count)
         const ssize_t put = ::write(stream, from + done, count - done);
         if (put >= 0)
             done += static_cast<std::size_t>(put);
-        else if (errno != EAGAIN && errno != EINTR)
-            break;
-        else if (!WaitUntilReady(stream, POLLOUT, m_inside->stop))
+        else if ((errno != EAGAIN && errno != EINTR) || !WaitUntilReady(stream, POLLOUT, m_inside->stop))
             break;
     }
     return done == count;

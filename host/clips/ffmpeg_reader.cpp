@@ -88,7 +88,7 @@ std::optional<std::int64_t> FfmpegReader::CountFrames() const
     for (std::string line; std::getline(lines, line);) {
         if (!line.starts_with("frame="))
             continue;
-        if (const auto number = ParseNumber(line.substr(line.find_first_not_of(" ", 6))))
+        if (const auto number = ParseNumber(line.substr(line.find_first_not_of(' ', 6))))
             frames = static_cast<std::int64_t>(*number);
     }
     return frames;

@@ -337,6 +337,7 @@ void RunRenderClip(const RenderArguments& arguments, std::ostream& out, std::ost
         throw Failure(ExitCode::Failed, noFrames);
     const int jobs = JobsFor(arguments);
     std::vector<Held<IVideoEffect>> effects;
+    effects.reserve(static_cast<std::size_t>(jobs));
     for (int job = 0; job < jobs; ++job)
         effects.push_back(MakeEffect(*library, number));
 

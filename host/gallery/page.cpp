@@ -45,7 +45,7 @@ std::string Table(const std::vector<std::string>& heads, const std::vector<std::
 /// A value as it stands in a cell: a colour with a dab of it, a float with what is shown to users.
 std::string ValueCell(const Knob& knob, const ParamValue& value)
 {
-    const std::string text = HtmlText(ValueText(knob, value));
+    std::string text = HtmlText(ValueText(knob, value));
     if (knob.kind == ParamColor)
         return "<span class=\"ink\" style=\"background:" + text + "\"></span>" + text;
     return text;
