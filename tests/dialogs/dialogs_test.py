@@ -13,6 +13,7 @@ import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 import time
 
 LIMIT = 60  # seconds that a window or a program may take; machines are busy
@@ -132,8 +133,9 @@ class Probe:
 
     def __init__(self, place, operation, language="none"):
         command = [*place.runner, place.probe, place.library, operation, AIR_BRUSH, language]
-        self.program = subprocess.Popen(command, stdout=subprocess.PIPE, text=True, encoding="utf-8",
-                                        cwd=place.folder, start_new_session=True)
+        # Not a pipe: what Wine leaves running in the background would keep it open.
+        self.output = tempfile.TemporaryFile()
+        self.program = subprocess.Popen(command, stdout=self.output, cwd=place.folder, start_new_session=True)
         Probe.running.append(self.program)
 
     @staticmethod
@@ -164,11 +166,13 @@ class Probe:
 
     def says(self):
         try:
-            output, _ = self.program.communicate(timeout=LIMIT)
+            self.program.wait(timeout=LIMIT)
         except subprocess.TimeoutExpired:
             self.program.kill()
             raise AssertionError(f"the program does not end; on the screen: {Screen.titles()}") from None
-        return output.replace("\r", "")
+        with self.output:
+            self.output.seek(0)
+            return self.output.read().decode("utf-8").replace("\r", "")
 
 
 class Place:
