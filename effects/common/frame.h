@@ -63,6 +63,14 @@ inline bool AreServedAlike(const FrameBuffer& picture, const FrameBuffer& output
     return picture.GetFormat() == output.GetFormat() && AreServed(picture, output);
 }
 
+/// A new picture of `size` like `picture`, not cleared.
+inline bool AllocateLike(FrameBuffer& scratch, const FrameBuffer& picture, Size size,
+                         MemoryAllocator& allocator)
+{
+    return scratch.Allocate(size.width, size.height, picture.GetPixelBytes(), &allocator, picture.GetFormat(),
+                            picture.IsBottomUp());
+}
+
 /// A view of the picture, or a copy of it where an output in its own memory would overwrite it.
 inline bool SetAside(const FrameBuffer& picture, const FrameBuffer& output, FrameBuffer& aside,
                      MemoryAllocator& allocator)
@@ -70,9 +78,7 @@ inline bool SetAside(const FrameBuffer& picture, const FrameBuffer& output, Fram
     if (!Overlap(picture, output))
         return aside.AttachBuffer(picture);
     ImageOps ops;
-    return aside.Allocate(picture.GetWidth(), picture.GetHeight(), picture.GetPixelBytes(), &allocator,
-                          picture.GetFormat(), picture.IsBottomUp())
-        && ops.Copy(picture, aside);
+    return AllocateLike(aside, picture, SizeOf(picture), allocator) && ops.Copy(picture, aside);
 }
 
 /// Whether the loops that go pixel by pixel and those that go by the stride meet the same rows.

@@ -67,13 +67,6 @@ bool AllocateMask(FrameBuffer& mask, const FrameBuffer& picture, MemoryAllocator
                          floats ? PF_Mask32F : PF_Mask8, picture.IsBottomUp());
 }
 
-/// A new picture like `picture`, not cleared.
-bool AllocateLike(FrameBuffer& scratch, const FrameBuffer& picture, MemoryAllocator& allocator)
-{
-    return scratch.Allocate(picture.GetWidth(), picture.GetHeight(), picture.GetPixelBytes(), &allocator,
-                            picture.GetFormat(), picture.IsBottomUp());
-}
-
 /// Fills what the picture has of the rectangle. False for a negative corner and where nothing is left.
 bool FillRect(FrameBuffer& picture, const Rect& rect, std::uint32_t colour)
 {
@@ -117,7 +110,7 @@ bool OverlayCrop(const FrameBuffer& src, FrameBuffer& dst, const Crop& crop, Mem
     }
     const int alpha = AlphaIndex(src.GetFormat());
     FrameBuffer mask, zoomed;
-    return AllocateMask(mask, src, allocator) && AllocateLike(zoomed, src, allocator)
+    return AllocateMask(mask, src, allocator) && AllocateLike(zoomed, src, SizeOf(src), allocator)
         && Zoom(src, zoomed, crop.kept) && ops.ExtendBorder(src, dst, crop.kept.left, crop.kept.top)
         && MakeCropMask(mask, crop, allocator) && ops.CopyChannel(mask, dst, 0, alpha)
         && ops.SetChannel(zoomed, alpha, 255) && ops.AlphaOver(dst, zoomed, dst, false)
@@ -141,8 +134,8 @@ bool TransparentCrop(const FrameBuffer& src, FrameBuffer& dst, const Crop& crop,
     const int colour = 3 - alpha;
     FrameBuffer mask, backdrop, carrier;
     return ops.ExtendBorder(src, dst, crop.kept.left, crop.kept.top) && AllocateMask(mask, src, allocator)
-        && MakeCropMask(mask, crop, allocator) && AllocateLike(backdrop, src, allocator)
-        && AllocateLike(carrier, src, allocator) && ops.Fill(backdrop, 0) && ops.Fill(carrier, 0)
+        && MakeCropMask(mask, crop, allocator) && AllocateLike(backdrop, src, SizeOf(src), allocator)
+        && AllocateLike(carrier, src, SizeOf(src), allocator) && ops.Fill(backdrop, 0) && ops.Fill(carrier, 0)
         && ops.CopyChannel(src, carrier, alpha, colour) && ops.CopyChannel(mask, carrier, 0, alpha)
         && ops.AlphaOver(carrier, backdrop, carrier, false) && ops.CopyChannel(carrier, dst, colour, alpha);
 }

@@ -109,8 +109,7 @@ void WarpTwice(const FrameBuffer& picture, FrameBuffer& output, const Samples<Tr
 
     ImageOps ops;
     FrameBuffer now;
-    if (!now.Allocate(output.GetWidth(), output.GetHeight(), picture.GetPixelBytes(), &allocator,
-                      picture.GetFormat(), picture.IsBottomUp()))
+    if (!AllocateLike(now, picture, SizeOf(output), allocator))
         return;
     ops.Fill(now, 0);
     ops.Fill(output, 0);

@@ -179,12 +179,6 @@ void LayOnGround(const FrameBuffer& streak, FrameBuffer& smeared, Background bac
         ops.Fill(smeared, 0);
 }
 
-bool AllocateLike(FrameBuffer& frame, const FrameBuffer& picture, Size size, MemoryAllocator& allocator)
-{
-    return frame.Allocate(size.width, size.height, picture.GetPixelBytes(), &allocator, picture.GetFormat(),
-                          picture.IsBottomUp());
-}
-
 /// One picture of the transition, smeared, as a new frame of `size`. Without memory `smeared` has no pixels.
 void SmearClip(Clip clip, const Clips& clips, FrameBuffer& smeared, Size size, double progress,
                const Knobs& knobs, MemoryAllocator& allocator)

@@ -44,8 +44,8 @@ struct Textures {
     FrameBuffer front, back;
 };
 
-bool AllocateLike(FrameBuffer& scratch, const FrameBuffer& picture, std::uint32_t format,
-                  MemoryAllocator& allocator)
+bool AllocateTexture(FrameBuffer& scratch, const FrameBuffer& picture, std::uint32_t format,
+                     MemoryAllocator& allocator)
 {
     return scratch.Allocate(picture.GetWidth(), picture.GetHeight(), picture.GetPixelBytes(), &allocator,
                             format, false);
@@ -62,8 +62,8 @@ void ApplyGlow(FrameBuffer& texture, const FrameBuffer& picture, const Glow& glo
 bool MakeGlowing(Textures& textures, const FrameBuffer& first, const FrameBuffer& second, const Glow& glow,
                  MemoryAllocator& allocator)
 {
-    if (!AllocateLike(textures.front, first, first.GetFormat(), allocator)
-        || !AllocateLike(textures.back, second, first.GetFormat(), allocator))
+    if (!AllocateTexture(textures.front, first, first.GetFormat(), allocator)
+        || !AllocateTexture(textures.back, second, first.GetFormat(), allocator))
         return false;
     ImageOps ops;
     for (FrameBuffer* texture : {&textures.front, &textures.back})
