@@ -103,7 +103,7 @@ bool OverlayCrop(const FrameBuffer& src, FrameBuffer& dst, const Crop& crop, Mem
 {
     ImageOps ops;
     if (CropRows rows(src, dst, crop); rows.AreServed()) {
-        if (!rows.Begin(allocator) || !Zoom(src, dst, crop.kept))
+        if (!rows.Begin(allocator) || !rows.ZoomGround())
             return false;
         rows.Overlay();
         return true;

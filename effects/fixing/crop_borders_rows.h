@@ -27,6 +27,10 @@ public:
     /// Makes the table. False when there is no memory.
     bool Begin(MemoryAllocator& allocator);
 
+    /// `dst` becomes the kept part, zoomed to the whole frame, where Overlay lets it be seen. False when there is no
+    /// memory.
+    bool ZoomGround();
+
     /// `dst`, which holds the ground, becomes the kept part with its soft edge over it. Alpha is the source's.
     void Overlay();
 
@@ -42,10 +46,20 @@ private:
         int shift;
     };
 
+    /// Columns from `first` to before `end`.
+    struct Span {
+        int first, end;
+    };
+
     bool BlurLevels(MemoryAllocator& allocator);
     bool BlurTable(MemoryAllocator& allocator);
+    int LevelOf(int y) const;
     MaskRow MaskOf(int y) const;
-    void TakeExtended(int y);
+    Span FullColumns() const;
+    void TakeExtended(int y, Span span);
+    void Compose(void (CropRows::*compose)(int y, Span span));
+    void OverlaySpan(int y, Span span);
+    void TransparentSpan(int y, Span span);
 
     const FrameBuffer& m_src;
     FrameBuffer& m_dst;

@@ -79,6 +79,7 @@ struct Job {
     T* dst;
     int dstStep;
     Axis x, y;
+    PxRect hole = {0, 0, 0, 0}; ///< pixels of the result that nobody will look at
 };
 
 // --- nearest neighbour -------------------------------------------------------------------------------------
@@ -600,9 +601,13 @@ PxStatus FilterBytes(const Job<u8>& job)
         const int end = across.First()[x + count - 1] + kTaps;
         for (int i = 0; i < std::min(strip, across.Stride() - x); ++i)
             first.Values()[i] = across.First()[x + i] - begin;
+        const bool inside = begin >= 0 && end <= job.x.source - kSlack / L::channels;
+        const bool hidden = x >= job.hole.x && x + count <= job.hole.x + job.hole.width;
         int held[kTaps];
         std::fill_n(held, kTaps, -1);
         for (int y = 0; y < job.y.size; ++y) {
+            if (hidden && y >= job.hole.y && y < job.hole.y + job.hole.height)
+                continue;
             ResizeDown rows = {};
             rows.taps = kTaps;
             rows.dst = Row(job.dst, job.dstStep, y) + std::ptrdiff_t{x} * L::channels;
@@ -611,8 +616,11 @@ PxStatus FilterBytes(const Job<u8>& job)
                 const int i = std::clamp(down.First()[y] + k, 0, job.y.source - 1);
                 float* const place = ring.Values() + rowValues * (i % kTaps);
                 if (held[i % kTaps] != i) {
-                    CopyPadded<L>(Row(job.src, job.srcStep, i), job.x.source, begin, end, padded.Values());
-                    loops.across({padded.Values(), place, count, first.Values(),
+                    const u8* const row = Row(job.src, job.srcStep, i);
+                    if (!inside)
+                        CopyPadded<L>(row, job.x.source, begin, end, padded.Values());
+                    loops.across({inside ? row + std::ptrdiff_t{begin} * L::channels : padded.Values(), place,
+                                  count, first.Values(),
                                   reinterpret_cast<const std::int32_t*>(across.Pairs()) + x, across.Stride(),
                                   kTaps});
                     held[i % kTaps] = i;
@@ -693,7 +701,8 @@ int Lowered(int interpolation, int side)
 
 template <class L, class T>
 PxStatus Resize(const T* src, int srcWidth, int srcHeight, int srcStep, const PxRect& region, T* dst,
-                int dstStep, int dstWidth, int dstHeight, double xFactor, double yFactor, int interpolation)
+                int dstStep, int dstWidth, int dstHeight, double xFactor, double yFactor, int interpolation,
+                const PxRect& hole = {0, 0, 0, 0})
 {
     if (!src || !dst)
         return pxNullPointer;
@@ -715,6 +724,7 @@ PxStatus Resize(const T* src, int srcWidth, int srcHeight, int srcStep, const Px
     job.srcStep = srcStep;
     job.dst = dst;
     job.dstStep = dstStep;
+    job.hole = hole;
     const int width = std::min(region.width, srcWidth - region.x);
     const int height = std::min(region.height, srcHeight - region.y);
     if (const PxStatus status = MapAxis(width, xFactor, dstWidth, job.x))
@@ -740,6 +750,14 @@ PxStatus pxResize_8u_C4(const u8* src, int srcWidth, int srcHeight, int srcStep,
 {
     return Resize<C4>(src, srcWidth, srcHeight, srcStep, region, dst, dstStep, dstWidth, dstHeight, xFactor,
                       yFactor, interpolation);
+}
+
+PxStatus pxResizeAround_8u_C4(const u8* src, int srcWidth, int srcHeight, int srcStep, const PxRect& region,
+                              u8* dst, int dstStep, int dstWidth, int dstHeight, double xFactor,
+                              double yFactor, int interpolation, const PxRect& hole)
+{
+    return Resize<C4>(src, srcWidth, srcHeight, srcStep, region, dst, dstStep, dstWidth, dstHeight, xFactor,
+                      yFactor, interpolation, hole);
 }
 
 PxStatus pxResize_32f_C1(const float* src, int srcWidth, int srcHeight, int srcStep, const PxRect& region,

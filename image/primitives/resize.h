@@ -55,4 +55,11 @@ PxStatus pxResize_32f_C4(const float* src, int srcWidth, int srcHeight, int srcS
                          float* dst, int dstStep, int dstWidth, int dstHeight, double xFactor, double yFactor,
                          int interpolation);
 
+/// pxResize_8u_C4 for a caller who hides a part of the result: its pixels may come out or stay as they stood.
+/// hole  that part, in the result's pixels
+PxStatus pxResizeAround_8u_C4(const std::uint8_t* src, int srcWidth, int srcHeight, int srcStep,
+                              const PxRect& region, std::uint8_t* dst, int dstStep, int dstWidth,
+                              int dstHeight, double xFactor, double yFactor, int interpolation,
+                              const PxRect& hole);
+
 } // namespace kelmora

@@ -387,6 +387,45 @@ TEST(Resize, PicturesAgainstUnreadablePages_AreNotLeft)
                 }
 }
 
+TEST(Resize, WidePicturesAgainstUnreadablePages_AreNotLeft)
+{
+    for (const Guard guard : {Guard::PageEnd, Guard::PageStart})
+        for (const int code : {pxCubic, pxLanczos})
+            for (const int width :
+                 {1150, 1184, 1185, 1400}) { // the last strip ends with the row, or some pixels on
+                GuardedPicture src(width, 5, PF_BGRA8, {.guard = guard});
+                GuardedPicture same(width, 6, PF_BGRA8, {.guard = guard});
+                GuardedPicture large(width + 150, 6, PF_BGRA8, {.guard = guard});
+                CheckAgainstPlain(src, WholeOf(src), same, 1.0, 1.2, code);
+                CheckAgainstPlain(src, WholeOf(src), large, (width + 150.0) / width, 1.2, code);
+            }
+}
+
+TEST(ResizeAround, GivesTheWholeResultButForTheHole)
+{
+    GuardedPicture src(1100, 21, PF_BGRA8);
+    src.FillNoise(1, Noise::Uniform);
+    src.Freeze();
+    for (const PxRect& hole : {PxRect{0, 0, 0, 0}, PxRect{300, 5, 900, 9}, PxRect{384, 0, 384, 24},
+                               PxRect{0, 3, 1300, 7}, PxRect{-5, -5, 2000, 2000}}) {
+        GuardedPicture whole(1300, 24, PF_BGRA8), around(1300, 24, PF_BGRA8);
+        for (GuardedPicture* const picture : {&whole, &around})
+            picture->FillNoise(2, Noise::Uniform);
+        ASSERT_EQ(CallOn(src, WholeOf(src), whole, 1300.0 / 1100, 24.0 / 21, pxCubic).Run(), pxOk);
+        ASSERT_EQ(pxResizeAround_8u_C4(src.Row(0), 1100, 21, src.Stride(), WholeOf(src), around.Row(0),
+                                       around.Stride(), 1300, 24, 1300.0 / 1100, 24.0 / 21, pxCubic, hole),
+                  pxOk);
+        for (int y = 0; y < 24; ++y)
+            for (int x = 0; x < 1300; ++x) {
+                if (x >= hole.x && x < hole.x + hole.width && y >= hole.y && y < hole.y + hole.height)
+                    continue;
+                for (int channel = 0; channel < 4; ++channel)
+                    ASSERT_EQ(around.Byte(x, y, channel), whole.Byte(x, y, channel)) << x << ", " << y;
+            }
+        around.Check();
+    }
+}
+
 TEST(Resize, Nearest_CopiesFloatsOfEveryKind)
 {
     for (const std::uint32_t format : {PF_Mask32F, PF_BGRA32F}) {
