@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -271,11 +272,21 @@ struct PipedProcess::Inside {
     Descriptor errors;
     std::thread errorReader;
 
+    std::atomic<bool> hasEnded = false; ///< the program, not what it may have left running with its streams
+
     /// Collects what the program says, which must not block it.
     void ReadErrors()
     {
+        constexpr int kMilliseconds = 20;
         std::array<char, 4096> chunk;
+        pollfd waiting = {errors.Get(), POLLIN, 0};
         for (;;) {
+            const bool last = hasEnded;
+            if (::poll(&waiting, 1, kMilliseconds) <= 0) {
+                if (last)
+                    return;
+                continue;
+            }
             const ssize_t count = ::read(errors.Get(), chunk.data(), chunk.size());
             if (count < 0 && errno == EINTR)
                 continue;
@@ -302,6 +313,7 @@ struct PipedProcess::Inside {
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
         }
         child = 0;
+        hasEnded = true;
         errorReader.join();
         NoteEnd(status, stopped, result);
     }

@@ -91,13 +91,23 @@ bool KeepFromChild(const Handle& end)
     return ::SetHandleInformation(end.Get(), HANDLE_FLAG_INHERIT, 0) != 0;
 }
 
-/// Reads to the end. Runs in a thread of its own, since a pipe can only be waited for by reading it.
-void ReadAll(HANDLE pipe, std::string& into)
+/// Reads to the end of the pipe, or of the process when that comes first: a program that it left running may hold
+/// the pipe open for good. Runs in a thread of its own.
+void ReadAll(HANDLE pipe, HANDLE process, std::string& into)
 {
+    constexpr DWORD kMilliseconds = 5;
     std::array<char, 4096> chunk;
-    DWORD count = 0;
-    while (::ReadFile(pipe, chunk.data(), static_cast<DWORD>(chunk.size()), &count, nullptr) != 0
-           && count > 0) {
+    bool ended = false;
+    for (DWORD waiting = 0; ::PeekNamedPipe(pipe, nullptr, 0, nullptr, &waiting, nullptr) != 0;) {
+        if (waiting == 0) {
+            if (ended)
+                return;
+            ended = ::WaitForSingleObject(process, kMilliseconds) == WAIT_OBJECT_0; // then looks once more
+            continue;
+        }
+        DWORD count = 0;
+        if (::ReadFile(pipe, chunk.data(), static_cast<DWORD>(chunk.size()), &count, nullptr) == 0)
+            return;
         const std::size_t room = kMostOutput - std::min(kMostOutput, into.size());
         into.append(chunk.data(), std::min(room, static_cast<std::size_t>(count)));
     }
@@ -255,8 +265,8 @@ ProcessResult RunProcess(const std::vector<std::string>& arguments, std::chrono:
     errors.write.Close();
 
     ProcessResult result;
-    std::thread outputReader(ReadAll, output.read.Get(), std::ref(result.output));
-    std::thread errorReader(ReadAll, errors.read.Get(), std::ref(result.errors));
+    std::thread outputReader(ReadAll, output.read.Get(), process.Get(), std::ref(result.output));
+    std::thread errorReader(ReadAll, errors.read.Get(), process.Get(), std::ref(result.errors));
     const auto milliseconds = std::clamp<std::chrono::milliseconds::rep>(limit.count(), 0, 0x7FFFFFFF);
     const bool stopped =
         ::WaitForSingleObject(process.Get(), static_cast<DWORD>(milliseconds)) == WAIT_TIMEOUT;
@@ -327,7 +337,8 @@ PipedProcess::PipedProcess(const std::vector<std::string>& arguments, PipedStrea
     m_inside->stream.Take(isInput ? data.write : data.read);
     m_inside->errors.Take(errors.read);
     errors.write.Close(); // or its end would never come
-    m_inside->errorReader = std::thread(ReadAll, m_inside->errors.Get(), std::ref(m_inside->result.errors));
+    m_inside->errorReader = std::thread(ReadAll, m_inside->errors.Get(), m_inside->process.Get(),
+                                        std::ref(m_inside->result.errors));
 }
 
 PipedProcess::~PipedProcess()

@@ -7,6 +7,27 @@
 #include <string>
 #include <thread>
 
+#ifdef _WIN32
+#include <process.h>
+#else
+#include <unistd.h>
+#endif
+
+namespace {
+
+/// Leaves a program running that holds this one's streams for some seconds.
+void LeaveBehind(const char* program)
+{
+#ifdef _WIN32
+    ::_spawnl(_P_NOWAIT, program, "probe", "linger", nullptr);
+#else
+    if (::fork() == 0)
+        ::execl(program, program, "linger", nullptr);
+#endif
+}
+
+} // namespace
+
 int main(int argc, char** argv)
 {
     const std::string task = argc > 1 ? argv[1] : "";
@@ -49,6 +70,16 @@ int main(int argc, char** argv)
             std::cout << line;
             std::cerr << line;
         }
+        return 0;
+    }
+    if (task == "leave") {
+        LeaveBehind(argv[0]);
+        std::cout << "to output" << std::flush;
+        std::cerr << "to errors";
+        return 3;
+    }
+    if (task == "linger") {
+        std::this_thread::sleep_for(std::chrono::seconds(20));
         return 0;
     }
     if (task == "crash") {

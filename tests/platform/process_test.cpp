@@ -91,6 +91,19 @@ TEST(RunProcess, Hang_IsEndedAtTheLimit)
     EXPECT_LT(took, std::chrono::minutes(1));
 }
 
+/// Less than what the probe leaves running takes, which holds the probe's streams.
+constexpr std::chrono::seconds kSoon{15};
+
+TEST(RunProcess, ProgramThatLeavesAnotherRunning_IsNotWaitedForLonger)
+{
+    const auto start = std::chrono::steady_clock::now();
+    const ProcessResult result = Probe({"leave"});
+    EXPECT_LT(std::chrono::steady_clock::now() - start, kSoon);
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(result.output, "to output");
+    EXPECT_EQ(result.errors, "to errors");
+}
+
 TEST(RunProcess, MissingProgram_IsNotStarted)
 {
     for (const Words& words : {Words{"no/such/program"}, Words{}}) {
@@ -141,6 +154,16 @@ TEST(PipedProcess, ProgramThatDoesNotRead_FailsTheWriteAndTellsWhy)
     EXPECT_FALSE(process.Write(text.data(), text.size()));
     const ProcessResult result = process.Finish();
     EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.errors, "to errors");
+}
+
+TEST(PipedProcess, ProgramThatLeavesAnotherRunning_IsNotWaitedForLonger)
+{
+    const auto start = std::chrono::steady_clock::now();
+    PipedProcess process({KELMORA_PROCESS_PROBE, "leave"}, PipedStream::Input, Never);
+    const ProcessResult result = process.Finish();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, kSoon);
+    EXPECT_EQ(result.exitCode, 3);
     EXPECT_EQ(result.errors, "to errors");
 }
 
