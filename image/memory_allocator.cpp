@@ -89,6 +89,8 @@ bool MemoryAllocator::AllocateImage(void** out, int width, int height, int pixel
         m_pProvider->FreeImage(*out);
         *out = nullptr;
     }
+    if (!*out)
+        *stride = 0; // whatever a refusing provider left there
     return *out != nullptr;
 }
 

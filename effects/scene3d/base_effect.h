@@ -40,10 +40,13 @@ protected:
         const double given = ReadField<double>(call.info, offsetof(RenderInfo, progress));
         const double progress = given == given ? given : 0.0;
 
+        // The host's records are read here alone: it may rewrite them when it is asked for a knob.
+        const VideoFrame outputRecord = call.output;
+        const bool bottomUp = call.firstPicture.bottomUp != 0;
         FrameBuffer first, second, output, firstAside, secondAside;
         first.AttachFrame(&call.firstPicture);
         second.AttachFrame(call.secondPicture);
-        output.AttachFrame(&call.output);
+        output.AttachFrame(&outputRecord);
         if (!SetAside(first, output, firstAside, allocator)
             || !SetAside(second, output, secondAside, allocator))
             return true;
@@ -53,8 +56,8 @@ protected:
 
         const FrameScope scope(scene, allocator);
         try {
-            return RenderTransition({call.host, firstPicture, &secondPicture, call.output,
-                                     call.firstPicture.bottomUp != 0, progress, allocator});
+            return RenderTransition(
+                {call.host, firstPicture, &secondPicture, outputRecord, bottomUp, progress, allocator});
         } catch (const std::bad_alloc&) {
             return true; // as far as it got
         }

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "contract/video_effect.h"
 #include "effects/common/counted.h"
@@ -79,7 +80,7 @@ public:
         else if (*interfaceId == IVideoHost::id)
             *out = static_cast<IVideoHost*>(this);
         else if (m_pHost) // the inner effect's way to the host's memory
-            return m_pHost->QueryInterface(interfaceId, out);
+            return AskHost([&](IVideoHost& host) { return host.QueryInterface(interfaceId, out); });
         else
             return E_NOINTERFACE;
         AddRef();
@@ -135,7 +136,9 @@ public:
             return false;
         const Answer& answer = tables.answers[knob];
         if (answer.hostKnob >= 0)
-            return m_pHost->GetParamValue(static_cast<std::uint32_t>(answer.hostKnob), out, kind);
+            return AskHost([&](IVideoHost& host) {
+                return host.GetParamValue(static_cast<std::uint32_t>(answer.hostKnob), out, kind);
+            });
         // A check box owns the low byte of its word; every other kind owns the word.
         out->value =
             answer.fixed.kind == ParamCheck ? (out->value & ~0xFFu) | answer.fixed.word : answer.fixed.word;
@@ -144,12 +147,12 @@ public:
 
     bool KELMORA_CALL HostReserved4(std::uint32_t first, std::uint32_t second, std::uint8_t third) override
     {
-        return m_pHost && m_pHost->HostReserved4(first, second, third);
+        return m_pHost && AskHost([&](IVideoHost& host) { return host.HostReserved4(first, second, third); });
     }
 
     std::uint32_t KELMORA_CALL HostReserved5(std::uint32_t first, std::uint32_t second) override
     {
-        return m_pHost ? m_pHost->HostReserved5(first, second) : 0;
+        return m_pHost ? AskHost([&](IVideoHost& host) { return host.HostReserved5(first, second); }) : 0;
     }
 
     bool KELMORA_CALL HostReserved6(std::uint32_t, std::uint32_t) override { return false; }
@@ -165,6 +168,17 @@ public:
 
 private:
     ~Wrapper() = default;
+
+    /// Asks the host, which is unknown until it has answered: one that hands the question back here, another wrapper
+    /// for one, would be asked for ever.
+    template <class Question>
+    auto AskHost(Question question)
+    {
+        IVideoHost* const host = std::exchange(m_pHost, nullptr);
+        const auto answer = question(*host);
+        m_pHost = host;
+        return answer;
+    }
 
     Inner m_inner; // its own count stays at 1 and is never used
     IVideoHost* m_pHost = nullptr;

@@ -1,6 +1,7 @@
 #include "image/frame_buffer.h"
 
 #include <climits>
+#include <cstddef>
 #include <cstring>
 #include <type_traits>
 
@@ -114,6 +115,22 @@ TEST(FrameBuffer, Allocate_Refused_KeepsWhatWasAskedWithoutPixels)
     EXPECT_EQ(buffer.GetRowPixels(), 0);
     EXPECT_TRUE(buffer.IsOwned());
     EXPECT_TRUE(buffer.IsBottomUp());
+}
+
+TEST(FrameBuffer, Allocate_RowsThatAProviderGetsWrong_HasNoStride)
+{
+    for (const int claimed : {INT_MIN, -32, 0, 19}) {
+        FakeMemoryProvider provider({.claimedStride = claimed});
+        FakeHost host;
+        host.SetMemory(&provider);
+        MemoryAllocator allocator(&host);
+        FrameBuffer buffer;
+        EXPECT_FALSE(buffer.Allocate(5, 3, 4, &allocator, PF_BGRA8, false)) << claimed;
+        EXPECT_EQ(buffer.GetPixels(), nullptr);
+        EXPECT_EQ(buffer.GetStride(), 0);
+        EXPECT_EQ(buffer.GetRowPixels(), 0);
+        EXPECT_EQ(provider.OpenBlocks(), 0u);
+    }
 }
 
 TEST(FrameBuffer, Allocate_ImpossibleSizes_AreFalseWithoutFault)
@@ -292,6 +309,10 @@ TEST(FrameBuffer, ToVideoFrame_WritesTheNamedFieldsOnly)
     EXPECT_EQ(frame.reserved[1], 0u);
     EXPECT_EQ(frame.format, static_cast<std::uint32_t>(PF_ARGB8));
     EXPECT_EQ(frame.bottomUp, 1);
+    std::uint8_t bytes[sizeof frame];
+    std::memcpy(bytes, &frame, sizeof bytes);
+    for (std::size_t i = offsetof(VideoFrame, bottomUp) + 1; i < sizeof bytes; ++i)
+        EXPECT_EQ(bytes[i], 0xCC) << "byte " << i;
     EXPECT_EQ(view.ToVideoFrame(nullptr), nullptr);
 }
 

@@ -149,6 +149,7 @@ TEST(MemoryAllocator, RowsThatOverlap_GoBackAndGiveFalse)
         int stride = 0;
         EXPECT_FALSE(allocator.AllocateImage(&memory, 4, 4, 4, &stride)) << claimed;
         EXPECT_EQ(memory, nullptr);
+        EXPECT_EQ(stride, 0);
         EXPECT_EQ(provider.OpenBlocks(), 0u);
     }
 }

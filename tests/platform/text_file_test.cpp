@@ -12,10 +12,40 @@
 #ifdef _WIN32
 #include <windows.h>
 #else
+#include <cerrno>
 #include <csignal>
+#include <cstdio>
+#include <cstring>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
+
+// The system's calls by which a file is finished, in the place of the library's: one of them can be made to fail.
+namespace {
+const char* g_failing = "";
+
+long Finish(const char* name, long result)
+{
+    return std::strcmp(g_failing, name) == 0 ? (errno = EIO, -1L) : result;
+}
+} // namespace
+
+extern "C" int fsync(int file)
+{
+    return static_cast<int>(Finish("fsync", ::syscall(SYS_fsync, file)));
+}
+
+extern "C" int fchmod(int file, mode_t rights) noexcept
+{
+    return static_cast<int>(Finish("fchmod", ::syscall(SYS_fchmod, file, rights)));
+}
+
+extern "C" int rename(const char* from, const char* to) noexcept
+{
+    const bool fails = std::strcmp(g_failing, "rename") == 0;
+    return static_cast<int>(Finish("rename", fails ? 0 : ::syscall(SYS_rename, from, to)));
+}
 #endif
 
 namespace kelmora {
@@ -264,6 +294,21 @@ TEST_F(TextFile, Replace_FullDisk_FailsAndTheOldFileStays)
     }
     EXPECT_TRUE(fits);
     EXPECT_EQ(Content("file"), "0123456789");
+}
+
+TEST_F(TextFile, Replace_LastStepsThatFail_LeaveTheOldFileAndNothingElse)
+{
+    TestFolder::Write(folder.Path() / "file", "old");
+    for (const char* const step : {"fsync", "fchmod", "rename"}) {
+        g_failing = step;
+        const bool replaced = Replace("file", "new");
+        g_failing = "";
+        EXPECT_FALSE(replaced) << step;
+        EXPECT_EQ(Content("file"), "old") << step;
+        EXPECT_EQ(Entries(), 1u) << step;
+    }
+    EXPECT_TRUE(Replace("file", "new"));
+    EXPECT_EQ(Content("file"), "new");
 }
 
 /// Root may write everywhere, so for a while this is somebody else.

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -12,9 +13,26 @@
 #include "tests/contract/probe/call_aligned.h"
 #include "tests/contract/probe/probe.h"
 #include "tests/support/fake_host.h"
+#include "tests/support/flush_record.h"
 #include "tests/support/guarded_picture.h"
 #include "tests/support/info.h"
 #include "tests/support/pictures.h"
+
+// Sanitizers make frames larger and have calls of their own above them; unoptimised code keeps every temporary.
+#if defined(__OPTIMIZE__) && !defined(_WIN32) && !defined(__SANITIZE_ADDRESS__)                              \
+    && !defined(__SANITIZE_THREAD__)
+#if defined(__has_feature)
+#if !__has_feature(address_sanitizer) && !__has_feature(thread_sanitizer) && !__has_feature(memory_sanitizer)
+#define KELMORA_STACK_AS_DELIVERED
+#endif
+#else
+#define KELMORA_STACK_AS_DELIVERED
+#endif
+#endif
+
+#ifdef KELMORA_STACK_AS_DELIVERED
+#include <pthread.h>
+#endif
 
 namespace kelmora {
 namespace {
@@ -77,9 +95,62 @@ protected:
         return any;
     }
 
+    // Calls use(effect, host) for every effect; the host has the defaults of its knobs.
+    template <class Use>
+    void ForEachEffect(Use use) const
+    {
+        IEffectLibrary* const library = m_getEffectsLibrary();
+        for (std::int32_t number = Effect3DConfetti; number <= EffectWaterColor; ++number) {
+            IVideoEffect* const effect = library->CreateEffect(number);
+            ASSERT_NE(effect, nullptr) << number;
+            SCOPED_TRACE(effect->GetName());
+            FakeHost host;
+            ParamInfo knob = {};
+            for (std::uint32_t i = 0; effect->GetParamInfo(i, &knob); ++i) {
+                host.SetKnob(i, {knob.value, knob.valueY, knob.kind});
+                knob = {};
+            }
+            use(*effect, host);
+            EXPECT_EQ(effect->Release(), 0u);
+        }
+        library->Release();
+    }
+
     platform::Module m_file;
     GetEffectsLibraryFunction m_getEffectsLibrary = nullptr;
     CanUnloadDLLNowFunction m_canUnload = nullptr;
+};
+
+// The pictures of one frame: first, second and output.
+struct Pictures {
+    Pictures(std::int32_t width, std::int32_t height, std::uint32_t format,
+             const std::array<PictureLayout, 3>& layouts)
+        : first(width, height, format, layouts[0]), second(width, height, format, layouts[1]),
+          output(width, height, format, layouts[2])
+    {
+        first.FillNoise(1);
+        second.FillNoise(2);
+        output.FillNoise(3);
+    }
+
+    GuardedPicture first, second, output;
+};
+
+struct Records {
+    explicit Records(const Pictures& pictures)
+        : first(pictures.first.Frame()), second(pictures.second.Frame()), output(pictures.output.Frame())
+    {
+    }
+
+    bool Render(IVideoEffect& effect, FakeHost& host)
+    {
+        InfoFields fields = AtProgress(0.4);
+        fields.time = 12.5;
+        RenderInfo info = MakeInfo(fields);
+        return effect.Render(&host, &first, &second, &output, &info);
+    }
+
+    VideoFrame first, second, output;
 };
 
 class RealLibraryEffect : public RealLibrary, public testing::WithParamInterface<Expected> {
@@ -327,6 +398,127 @@ TEST_F(RealLibrary, ToolboxOfAForeignHost_MakesThePicturesOfOurOwn)
         EXPECT_TRUE(Equal(pictures.floats, expected.floats));
     }
 }
+
+// Were the size of one picture taken with the pixels of another, the pages would be left.
+TEST_F(RealLibrary, RecordsThatTheHostRewritesDuringARender_CountAsOfOneMoment)
+{
+    PictureLayout pages;
+    pages.guard = Guard::PageEnd;
+    const std::array layouts = {pages, pages, pages};
+    const auto small = [&layouts] { return Pictures(13, 11, PF_BGRA8, layouts); };
+    const auto large = [&layouts] { return Pictures(45, 36, PF_ARGB32F, layouts); };
+    ForEachEffect([&](IVideoEffect& effect, FakeHost& host) {
+        const Pictures ofSmall = small(), ofLarge = large();
+        EXPECT_TRUE(Records(ofSmall).Render(effect, host));
+        const std::size_t questions = host.Reads().size();
+        ASSERT_GT(questions, 0u);
+        EXPECT_TRUE(Records(ofLarge).Render(effect, host));
+        for (const bool grows : {false, true})
+            for (std::size_t at = 0; at < questions; ++at) {
+                const Pictures given = grows ? small() : large(), others = grows ? large() : small();
+                const GuardedPicture givenBefore(given.output), othersBefore(others.output);
+                Records records(given);
+                std::size_t asked = 0;
+                host.OnKnob([&](std::uint32_t) {
+                    if (asked++ == at)
+                        records = Records(others);
+                });
+                EXPECT_TRUE(records.Render(effect, host));
+                const bool first = Equal(others.output, othersBefore)
+                    && Equal(given.output, (grows ? ofSmall : ofLarge).output);
+                const bool then = Equal(given.output, givenBefore)
+                    && Equal(others.output, (grows ? ofLarge : ofSmall).output);
+                EXPECT_TRUE(first || then) << "rewritten at question " << at;
+            }
+        host.OnKnob({});
+    });
+}
+
+TEST_F(RealLibrary, PicturesAtAnyAddress_GiveTheSamePixels)
+{
+    ForEachEffect([](IVideoEffect& effect, FakeHost& host) {
+        for (const std::uint32_t format : {PF_BGRA8, PF_ARGB8, PF_BGRA32F, PF_ARGB32F}) {
+            const Pictures expected(37, 29, format, {});
+            EXPECT_TRUE(Records(expected).Render(effect, host));
+            for (std::int32_t shift = 1; shift < 16; ++shift) {
+                std::array<PictureLayout, 3> layouts;
+                layouts[0] = {.slack = BytesOfPixel(format), .shift = shift};
+                layouts[1].shift = 16 - shift;
+                layouts[2] = {.slack = 2 * BytesOfPixel(format), .shift = shift * 7 % 16};
+                const Pictures pictures(37, 29, format, layouts);
+                EXPECT_TRUE(Records(pictures).Render(effect, host));
+                EXPECT_TRUE(Equal(pictures.output, expected.output)) << shift;
+            }
+        }
+    });
+}
+
+// Loops that go by the pixel and loops that go by the stride meet different bytes then, so there is no one right
+// picture. The last row ends where the memory does.
+TEST_F(RealLibrary, RowsOfNoWholePixels_StayInsideTheMemory)
+{
+    constexpr std::int32_t width = 9, height = 7;
+    ForEachEffect([](IVideoEffect& effect, FakeHost& host) {
+        for (const std::uint32_t format : {PF_BGRA8, PF_ARGB8, PF_BGRA32F, PF_ARGB32F})
+            for (std::int32_t slack = 1; slack < BytesOfPixel(format); ++slack) {
+                const std::int32_t stride = width * BytesOfPixel(format) + slack;
+                const auto bytes = static_cast<std::size_t>(stride * height - slack);
+                FlushRecord<char> first(std::uint8_t{0x3E}, bytes), second(std::uint8_t{0x3D}, bytes);
+                const FlushRecord<char> output(std::uint8_t{0x3F}, bytes);
+                first.Freeze();
+                second.Freeze();
+                const auto frame = [&](const FlushRecord<char>& memory) {
+                    return VideoFrame{memory.Get(),         width, height, stride,
+                                      BytesOfPixel(format), {},    format, 0};
+                };
+                VideoFrame firstFrame = frame(first), secondFrame = frame(second),
+                           outputFrame = frame(output);
+                RenderInfo info = MakeInfo(AtProgress(0.4));
+                EXPECT_TRUE(effect.Render(&host, &firstFrame, &secondFrame, &outputFrame, &info))
+                    << format << ", " << slack;
+            }
+    });
+}
+
+#ifdef KELMORA_STACK_AS_DELIVERED
+
+// What one render takes on a thread with little stack.
+struct SmallRender {
+    IVideoEffect* effect;
+    FakeHost* host;
+    Records* records;
+    bool done;
+};
+
+void* RunSmallRender(void* argument)
+{
+    auto& render = *static_cast<SmallRender*>(argument);
+    render.done = render.records->Render(*render.effect, *render.host);
+    return nullptr;
+}
+
+TEST_F(RealLibrary, RenderOnAThreadOf64KiBOfStack_IsDone)
+{
+    pthread_attr_t small;
+    ASSERT_EQ(pthread_attr_init(&small), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&small, std::size_t{64} * 1024), 0);
+    ForEachEffect([&small](IVideoEffect& effect, FakeHost& host) {
+        for (const std::uint32_t format : {PF_BGRA8, PF_ARGB8, PF_BGRA32F, PF_ARGB32F}) {
+            const Pictures expected(160, 120, format, {}), pictures(160, 120, format, {});
+            EXPECT_TRUE(Records(expected).Render(effect, host));
+            Records records(pictures);
+            SmallRender render = {&effect, &host, &records, false};
+            pthread_t thread = {};
+            ASSERT_EQ(pthread_create(&thread, &small, RunSmallRender, &render), 0);
+            pthread_join(thread, nullptr);
+            EXPECT_TRUE(render.done);
+            EXPECT_TRUE(Equal(pictures.output, expected.output));
+        }
+    });
+    pthread_attr_destroy(&small);
+}
+
+#endif
 
 } // namespace
 } // namespace kelmora

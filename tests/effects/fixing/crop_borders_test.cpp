@@ -517,6 +517,27 @@ TEST(CropBorders, Render_RefusedAllocations_LeaveTheStepBefore)
         }
 }
 
+TEST(CropBorders, Render_AnyStyleOverAnyScratch_GivesTheSamePixels)
+{
+    // 12 rows are too few for the row by row way, which has no pictures of its own.
+    for (const std::uint32_t format : kPictureFormats)
+        for (const float style : kStyles)
+            for (const auto& [width, height] : {std::pair{40, 36}, {40, 12}, {5, 7}}) {
+                const std::vector<float> levels = {0.7f, 0.9f, 0.3f, style};
+                const GuardedPicture in = Noisy(width, height, format, 1), expected = Cropped(levels, in);
+                for (const std::uint32_t fill : {0x00000000u, 0xA5A5A5A5u, 0x7FA5A5A5u, 0x7F800001u}) {
+                    MemoryHabits habits;
+                    habits.fill = fill;
+                    FakeMemoryProvider memory(habits);
+                    FakeHost host(Levels(kEffect, levels));
+                    host.SetMemory(&memory);
+                    GuardedPicture out = Noisy(width, height, format, 2);
+                    EXPECT_TRUE(Render(*NewEffect(kEffect), host, in, out));
+                    EXPECT_TRUE(Equal(out, expected)) << FormatName(format) << ", style " << style;
+                }
+            }
+}
+
 // In pictures of two rows or columns there is no ring for a mask to copy its neighbour into.
 TEST(CropBorders, Render_MasksOfTheSmallestPictures_Fail)
 {

@@ -247,6 +247,39 @@ TEST(AirBrush, Render_KernelBeyondAnyMemory_LeavesTheOutput)
         }
 }
 
+TEST(AirBrush, Render_HundredsOfTaps_AreThePlainVersions)
+{
+    // The kernel follows the picture's height, the work the output's.
+    EXPECT_EQ(reference::AirBrushTaps(1.0f, 1080), 178);
+    EXPECT_EQ(reference::AirBrushTaps(1.0f, 2160), 356);
+    std::mt19937 random(4);
+    for (const std::uint32_t format : kPictureFormats)
+        for (const std::int32_t height : {1080, 2160})
+            CompareCase(kEffect, format, 7, height, 7, 20, {1.0f, 0.3f}, false, random);
+}
+
+TEST(AirBrush, Render_ALargerOutput_GetsTheSamePixelsInItsCorner)
+{
+    // Room to spare in the output neither moves the blur nor lets the edge step look at what was there.
+    for (const std::uint32_t format : kPictureFormats)
+        for (const auto& [width, height] : {std::pair{64, 48}, {4, 48}, {64, 3}}) {
+            GuardedPicture in(width, height, format), expected(width, height, format);
+            in.FillNoise(1);
+            RenderFresh(kEffect, {0.5f, 0.4f}, in, expected);
+            for (const std::uint32_t seed : {2u, 3u}) {
+                GuardedPicture out(200, 100, format);
+                out.FillNoise(seed);
+                const GuardedPicture before = out;
+                RenderFresh(kEffect, {0.5f, 0.4f}, in, out);
+                VideoFrame corner = out.Frame();
+                corner.width = width;
+                corner.height = height;
+                EXPECT_TRUE(Equal(corner, expected.Frame())) << FormatName(format);
+                EXPECT_TRUE(SameOutside(out, before, width, height));
+            }
+        }
+}
+
 TEST(AirBrush, Render_NeedsNoInfo)
 {
     FakeHost host{LevelKnob(0.5f), LevelKnob(0.5f)};

@@ -628,6 +628,35 @@ TEST(Smear, Render_TimeFieldsAndAspect_PlayNoPart)
     EXPECT_TRUE(Equal(out, expected));
 }
 
+TEST(Smear, Render_AnyBackgroundOverAnyScratch_GivesTheSamePixels)
+{
+    // The second picture is smaller, of the same size, larger.
+    constexpr std::int32_t sizes[][2] = {{11, 9}, {21, 17}, {30, 25}};
+    for (const std::uint32_t format : kPictureFormats)
+        for (const auto& [width, height] : sizes)
+            for (const float background : {kFirstClip, kSecondClip, kTransparent, kBlended, 4.0f})
+                for (const double progress : {0.1, 0.5, 0.9}) {
+                    const std::vector<float> levels = {0.4f, 0.13f, 0.3f, 0.6f, background};
+                    const GuardedPicture in = Noisy(21, 17, format, 1);
+                    const GuardedPicture second = Noisy(width, height, format, 2);
+                    const GuardedPicture expected = Smeared(levels, in, second, progress);
+                    for (const std::uint32_t fill : {0x00000000u, 0xFFFFFFFFu, 0x7FA5A5A5u}) {
+                        MemoryHabits habits;
+                        habits.fill = fill;
+                        FakeMemoryProvider memory(habits);
+                        FakeHost host(Levels(kEffect, levels));
+                        host.SetMemory(&memory);
+                        GuardedPicture out = Noisy(21, 17, format, 99);
+                        Moment moment;
+                        moment.second = &second;
+                        moment.progress = progress;
+                        EXPECT_TRUE(Render(*NewEffect(kEffect), host, moment, in, out));
+                        EXPECT_TRUE(Equal(out, expected))
+                            << FormatName(format) << ", background " << background << " at " << progress;
+                    }
+                }
+}
+
 TEST(Smear, Render_WithoutAnyMemory_LeavesTheOutput)
 {
     for (const std::uint32_t format : kPictureFormats)

@@ -467,6 +467,33 @@ TEST(Confetti, Render_APictureOfAnotherSize_IsScaledOnThePieces)
             EXPECT_EQ(PixelAt(out, 2 * x, 2 * y), PixelAt(in, x, y)) << x << ", " << y;
 }
 
+TEST(Confetti, Render_MorePiecesThanPixels_ShowNothingOfTheScratch)
+{
+    // Pieces of half a pixel or less may want a column or row that the picture does not have.
+    for (const std::uint32_t format : {PF_BGRA8, PF_ARGB32F})
+        for (int side = 2; side <= 10; ++side)
+            for (int pieces = 2; pieces <= 20; pieces += 3)
+                for (const bool across : {false, true}) {
+                    Flight flight;
+                    (across ? flight.columns : flight.rows) = Pieces(pieces);
+                    const GuardedPicture in = Noisy(side, side, format, 1),
+                                         second = Noisy(side, side, format, 2);
+                    GuardedPicture outs[] = {Noisy(side, side, format, 3), Noisy(side, side, format, 3)};
+                    for (const bool dirty : {false, true}) {
+                        MemoryHabits habits;
+                        habits.fill = dirty ? 0x7FA5A5A5u : 0u;
+                        FakeMemoryProvider memory(habits);
+                        FakeHost host(Levels(kEffect, flight.Levels()));
+                        host.SetMemory(&memory);
+                        Moment moment;
+                        moment.second = &second;
+                        moment.progress = 0.05;
+                        EXPECT_TRUE(Render(*NewEffect(kEffect), host, moment, in, outs[dirty]));
+                    }
+                    EXPECT_TRUE(Equal(outs[1], outs[0])) << side << ", pieces " << pieces;
+                }
+}
+
 TEST(Confetti, Render_OnePixelAcrossOrDown_ShowsTheBackgroundAlone)
 {
     for (const auto& [width, height] : {std::pair{1, 20}, {20, 1}, {1, 1}}) {

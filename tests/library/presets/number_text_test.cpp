@@ -1,13 +1,12 @@
 #include "library/presets/number_text.h"
 
 #include <bit>
-#include <clocale>
 #include <limits>
 #include <string>
 
 #include <gtest/gtest.h>
 
-#include "image/float_environment.h"
+#include "tests/library/presets/comma_locale.h"
 
 namespace kelmora {
 namespace {
@@ -182,16 +181,15 @@ TEST(NumberText, EverySixDecimals_ComeBackToTheSameText)
 
 TEST(NumberText, LocaleWithADecimalComma_ChangesNothing)
 {
-    const std::string before = std::setlocale(LC_ALL, nullptr);
-    const char* found = nullptr;
-    for (const char* name : {"de_DE.UTF-8", "de_DE", "German_Germany.1252", "fr_FR.UTF-8"})
-        found = found ? found : std::setlocale(LC_ALL, name);
-    if (!found)
-        GTEST_SKIP() << "there is no such locale here";
     char text[kLevelTextCapacity];
-    WriteLevel(0.368421f, text);
-    const float read = ReadLevel("0.75");
-    std::setlocale(LC_ALL, before.c_str());
+    float read = 0.0f;
+    {
+        const CommaLocale locale;
+        if (!CommaLocale::IsHere())
+            GTEST_SKIP() << "there is no such locale here";
+        WriteLevel(0.368421f, text);
+        read = ReadLevel("0.75");
+    }
     EXPECT_STREQ(text, "0.368421");
     EXPECT_EQ(read, 0.75f);
 }

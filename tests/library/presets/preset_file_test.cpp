@@ -1,7 +1,7 @@
 #include "library/presets/preset_file.h"
 
 #include <algorithm>
-#include <clocale>
+#include <cfenv>
 #include <cstring>
 #include <filesystem>
 #include <iterator>
@@ -12,6 +12,7 @@
 
 #include "library/presets/xml_limits.h"
 #include "platform/text.h"
+#include "tests/library/presets/comma_locale.h"
 #include "tests/platform/file_content.h"
 #include "tests/platform/test_folder.h"
 #include "tests/support/failing_new.h"
@@ -491,15 +492,33 @@ TEST(ReadPreset, Attributes_EndAtTheLimit)
 
 TEST(ReadPreset, LocaleWithADecimalComma_ChangesNothing)
 {
-    const std::string before = std::setlocale(LC_ALL, nullptr);
-    const char* found = nullptr;
-    for (const char* name : {"de_DE.UTF-8", "de_DE", "German_Germany.1252", "fr_FR.UTF-8"})
-        found = found ? found : std::setlocale(LC_ALL, name);
-    if (!found)
-        GTEST_SKIP() << "there is no such locale here";
-    const std::string text = PresetText(Read(kEveryKind));
-    std::setlocale(LC_ALL, before.c_str());
+    std::string text;
+    {
+        const CommaLocale locale;
+        if (!CommaLocale::IsHere())
+            GTEST_SKIP() << "there is no such locale here";
+        text = PresetText(Read(kEveryKind));
+    }
     EXPECT_EQ(text, kEveryKind);
+}
+
+TEST(ReadPreset, RoundingOfTheHost_ChangesNothingAndStays)
+{
+    const std::string elements = "<parameter type='2' value='0.1'/><parameter type='2' value='0.7'/>";
+    PresetData preset = OneEntry({FloatWord(0.0078125f), 0, ParamFloat}); // a tie in the sixth place
+    for (const int rounding : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
+        PresetData read = Dirty();
+        std::fesetround(rounding);
+        const bool good = ReadPreset("<Preset>" + elements + "</Preset>", &read);
+        const std::string text = PresetText(preset);
+        const int after = std::fegetround();
+        std::fesetround(FE_TONEAREST);
+        EXPECT_TRUE(good);
+        EXPECT_EQ(after, rounding);
+        EXPECT_EQ(read.params[0].value, 0x3DCCCCCDu); // the float above 0.1 is the nearer one,
+        EXPECT_EQ(read.params[1].value, 0x3F333333u); // of 0.7 that below
+        EXPECT_NE(text.find("value=\"0.007812\""), text.npos) << text;
+    }
 }
 
 // --- files --------------------------------------------------------------------------------------------------

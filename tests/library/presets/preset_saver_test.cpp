@@ -591,26 +591,31 @@ TEST_F(PresetSaver, OutOfMemory_AtAnyCall_FailsAndLosesNothing)
 {
     if (!FailingNew::Works())
         GTEST_SKIP() << "operator new belongs to the sanitizer";
-    UserChooses("missing.fxpklmg"); // what reading does without memory is the file's own test
-    std::uint64_t calls = 0;
-    {
-        const FailingNew count;
-        Load(EffectAirBrush, "de");
-        calls = count.Calls();
-    }
-    ASSERT_GT(calls, 0u);
-    for (std::uint64_t call = 0; call < calls; ++call) {
-        std::int32_t result = 0;
-        std::int64_t open = 0;
+    // Paths that fail before the file: what reading and writing do without memory is the file's own test.
+    for (const bool saves : {false, true}) {
+        UserChooses(saves ? std::filesystem::path(u"\u0101.fxpklmg") : "missing.fxpklmg");
+        const auto work = [&] { return saves ? Save(EffectAirBrush, "de") : Load(EffectAirBrush, "de"); };
+        std::uint64_t calls = 0;
         {
-            const FailingNew refuse(call);
-            result = Load(EffectAirBrush, "de");
-            ShownDialogs() = {};
-            ShownMessages() = {};
-            open = refuse.OpenBlocks();
+            const FailingNew count;
+            work();
+            calls = count.Calls();
         }
-        EXPECT_EQ(result, 1) << call;
-        EXPECT_LE(open, 0) << call;
+        ASSERT_GT(calls, 0u);
+        for (std::uint64_t call = 0; call < 2 * calls; ++call) {
+            std::int32_t result = 0;
+            std::int64_t open = 0;
+            {
+                const FailingNew refuse(call < calls ? call : FailingNew::kNever,
+                                        call < calls ? FailingNew::kNever : call - calls);
+                result = work();
+                ShownDialogs() = {};
+                ShownMessages() = {};
+                open = refuse.OpenBlocks();
+            }
+            EXPECT_EQ(result, 1) << call;
+            EXPECT_LE(open, 0) << call;
+        }
     }
 }
 

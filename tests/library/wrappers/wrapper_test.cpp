@@ -647,6 +647,44 @@ TEST(Wrapper, Render_WithoutHostOrWithItselfAsHost_IsRefused)
     EXPECT_EQ(wrapper->Release(), 0u);
 }
 
+TEST(Wrapper, HostThatHandsQuestionsBack_IsNotAskedAgainInsideOfOne)
+{
+    auto* const wrapper = new CWrapProbe;
+    FakeHost host{ColorKnob(1), LevelKnob(0.75f)};
+    int handedBack = 0;
+    host.OnKnob([&](std::uint32_t) {
+        ParamValue value = {7, 8, 9};
+        EXPECT_FALSE(wrapper->GetParamValue(0, &value, ParamFloat));
+        EXPECT_EQ(value.value, 7u);
+        ++handedBack;
+    });
+    const GuardedPicture in(4, 4, PF_BGRA8);
+    GuardedPicture out(4, 4, PF_BGRA8);
+    EXPECT_TRUE(RenderOnce(*wrapper, &host, in, out));
+    EXPECT_EQ(handedBack, 2);
+    ParamValue value = {};
+    EXPECT_TRUE(wrapper->GetParamValue(0, &value, ParamFloat)) << "the host is known again";
+    EXPECT_EQ(WordFloat(value.value), 0.75f);
+    EXPECT_EQ(wrapper->Release(), 0u);
+}
+
+TEST(Wrapper, TwoWrappersAsEachOthersHosts_ComeToAnEnd)
+{
+    auto* const first = new CWrapProbe;
+    auto* const second = new CWrapProbe;
+    const GuardedPicture in(4, 4, PF_BGRA8);
+    GuardedPicture out(4, 4, PF_BGRA8);
+    EXPECT_TRUE(RenderOnce(*first, static_cast<IVideoHost*>(second), in, out));
+    EXPECT_TRUE(RenderOnce(*second, static_cast<IVideoHost*>(first), in, out));
+    void* found = first;
+    EXPECT_EQ(first->QueryInterface(&kUnknownId, &found), E_NOINTERFACE);
+    EXPECT_EQ(found, nullptr);
+    EXPECT_FALSE(first->HostReserved4(1, 2, 3));
+    EXPECT_EQ(first->HostReserved5(4, 5), 0u);
+    EXPECT_EQ(first->Release(), 0u);
+    EXPECT_EQ(second->Release(), 0u);
+}
+
 // --- pictures ---------------------------------------------------------------------------------------------------
 
 /// Wrapper with the host's knobs against the inner effect with the mapped ones.
