@@ -82,8 +82,10 @@ ParamValue ParsePoint(const Knob& knob, const std::string& text)
     if (comma != std::string::npos) {
         const auto x = ParseNumber(std::string_view(text).substr(0, comma));
         const auto y = ParseNumber(std::string_view(text).substr(comma + 1));
-        if (x && y)
-            return {FloatWord(static_cast<float>(*x)), FloatWord(static_cast<float>(*y)), ParamPoint};
+        const float xFloat = static_cast<float>(x.value_or(0.0)),
+                    yFloat = static_cast<float>(y.value_or(0.0));
+        if (x && y && std::isfinite(xFloat) && std::isfinite(yFloat)) // doubles reach further
+            return {FloatWord(xFloat), FloatWord(yFloat), ParamPoint};
     }
     Refuse(knob, text, "a point as x,y");
 }

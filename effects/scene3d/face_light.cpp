@@ -30,6 +30,8 @@ ByteCurve CurveFor(double light)
 /// Whether single precision gives the same bytes, so that the curve need not be looked up.
 bool IsPlain(const ByteCurve& curve, float light)
 {
+    if (!(light >= 0.0f && light <= 1.0f)) // no integers come out beyond
+        return false;
     for (int i = 0; i < 256; ++i) {
         const float raised = static_cast<float>(i) * light + 0.5f;
         if (static_cast<int>(raised) != curve[static_cast<std::size_t>(i)])
@@ -144,7 +146,8 @@ double MeanOf(const FrameBuffer& picture, const Part& part, std::int64_t area)
 void ApplyLight(FrameBuffer& picture, double light)
 {
     const std::uint32_t format = picture.GetFormat();
-    if (format == PF_Packed8 && Holds(picture, picture.GetWidth(), picture.GetPixelBytes()))
+    if (format == PF_Packed8 && picture.GetPixelBytes() >= 1
+        && Holds(picture, picture.GetWidth(), picture.GetPixelBytes()))
         LightPacked(picture, light);
     if (!IsPicture(format) || picture.GetPixelBytes() != PixelBytesOf(format)
         || !Holds(picture, picture.GetWidth(), PixelBytesOf(format)))

@@ -136,6 +136,13 @@ TEST(ParseValue, CheckInWords_IsOnOrOff)
     EXPECT_EQ(RefusalOf(KnobOf(ParamCheck), "maybe").Code(), ExitCode::Usage);
 }
 
+TEST(ParseValue, PointBeyondWhatAFloatHolds_IsRefused)
+{
+    EXPECT_EQ(WordFloat(ParseValue(KnobOf(ParamPoint), "3e38,-3e38").valueY), -3e38f);
+    for (const char* text : {"1e39,0", "0,-1e300", "1e308,1e308"})
+        EXPECT_EQ(RefusalOf(KnobOf(ParamPoint), text).Code(), ExitCode::Usage) << text;
+}
+
 TEST(ParseValue, Point_HasTwoNumbers)
 {
     const ParamValue value = ParseValue(KnobOf(ParamPoint), "0.25,-1.5");

@@ -139,6 +139,47 @@ TEST(ApplyLight, Packed8_ChangesTheFirstByteOfAPixelAlone)
     }
 }
 
+TEST(ApplyLight, LightThatNoFaceHas_SaturatesBytes)
+{
+    struct Case {
+        double light;
+        int of100, of1; // what these bytes become
+    };
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    constexpr Case cases[] = {
+        {2.0, 200, 2},
+        {3.0, 255, 3},
+        {1e300, 255, 255},
+        {infinity, 255, 255},
+        {-1.0, 0, 0},
+        {-infinity, 0, 0},
+        {std::numeric_limits<double>::quiet_NaN(), 0, 0},
+    };
+    ForEachVariant([&] {
+        for (const Case& one : cases) {
+            GuardedPicture picture(9, 2, PF_BGRA8);
+            picture.Fill(100, 1, 100, 77);
+            Light(picture, one.light);
+            EXPECT_EQ(picture.Row(1)[8 * 4], one.of100) << one.light;
+            EXPECT_EQ(picture.Row(1)[8 * 4 + 1], one.of1) << one.light;
+            EXPECT_EQ(picture.Row(1)[8 * 4 + 3], 77) << one.light;
+        }
+    });
+}
+
+TEST(ApplyLight, Packed8WithoutBytesInAPixel_ChangesNothing)
+{
+    for (const std::int32_t pixelBytes : {0, -1, -4, std::numeric_limits<std::int32_t>::min()}) {
+        GuardedPicture picture(9, 5, 4, PF_Packed8);
+        picture.FillBytes(90);
+        const GuardedPicture before = picture;
+        FrameBuffer view;
+        view.Attach(picture.Row(0), 9, 5, picture.Stride(), pixelBytes, PF_Packed8, false);
+        ApplyLight(view, 0.5);
+        EXPECT_TRUE(Equal(picture, before)) << pixelBytes;
+    }
+}
+
 TEST(ApplyLight, OtherFormatsAndSizes_ChangeNothing)
 {
     for (const std::uint32_t format : {5u, 6u, 7u, 8u, 0xFFFFFFFFu})

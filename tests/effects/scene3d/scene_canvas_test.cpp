@@ -269,6 +269,23 @@ TEST(SceneCanvas, Fill_FormatsWithoutColours_ChangeOnBlackAlone)
     EXPECT_TRUE(Equal(out, cleared));
 }
 
+TEST(SceneCanvas, Fill_PixelsOfNoBytesOrFewer_ChangesNothing)
+{
+    for (const std::int32_t pixelBytes : {0, -1, -4, std::numeric_limits<std::int32_t>::min()})
+        for (const std::uint32_t format : {PF_BGRA8, PF_Packed8, PF_BGRA32F}) {
+            const GuardedPicture before = Noisy(9, 6, PF_BGRA8), out = before;
+            VideoFrame frame = out.Frame();
+            frame.pixelBytes = pixelBytes;
+            frame.format = format;
+            SceneCanvas canvas;
+            canvas.Attach(&frame);
+            canvas.Fill(kBlack, false);
+            canvas.Fill(kColour, true);
+            out.Check();
+            EXPECT_TRUE(Equal(out, before)) << pixelBytes << ' ' << format;
+        }
+}
+
 // --- faces -----------------------------------------------------------------------------------------------------
 
 TEST(SceneCanvas, Warp_LaysThePictureAtTheCorners)
