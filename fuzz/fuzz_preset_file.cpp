@@ -2,7 +2,6 @@
 // back the same.
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -19,12 +18,6 @@ namespace {
 bool IsEnded(const char (&field)[PresetData::kNameBytes])
 {
     return std::memchr(field, '\0', sizeof field) != nullptr;
-}
-
-void Require(bool condition)
-{
-    if (!condition)
-        std::abort();
 }
 
 /// As much of a name as a file has.

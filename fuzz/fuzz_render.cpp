@@ -1,6 +1,9 @@
-// Any record, any knob, any render info, a host whose memory runs out: every effect, no fault.
+// Any record, any knob, any render info, a host that is odd or whose memory runs out: every effect, no fault.
+
+#include <cmath>
 
 #include "contract/kelmora.h"
+#include "effects/fixing/pixelator.h"
 #include "fuzz/input.h"
 #include "image/primitives/cpu_variant.h"
 #include "library/effect_numbers.h"
@@ -8,34 +11,54 @@
 namespace kelmora::fuzz {
 namespace {
 
+/// How a host answers the question for its memory.
+enum class Answer { No, NoButSomething, YesButNothing, Yes };
+
 class Host final : public IVideoHost, public IMemoryProvider {
 public:
-    explicit Host(Input& input) : m_provides(input.Below(2) != 0), m_refused(input.Take<std::uint8_t>())
+    explicit Host(Input& input)
+        : m_answer(static_cast<Answer>(input.Below(4))), m_refused(input.OneIn(4) ? RefusalsOf(input) : 0)
     {
+        // A knob far out of its range may ask for scratch pictures of gigabytes. They are to be refused here; how
+        // much memory this machine has is not the question.
+        const bool wild = input.OneIn(2);
+        if (wild)
+            m_answer = Answer::Yes;
+        m_silent = input.OneIn(32);
+        m_oddKind = input.OneIn(32);
+        m_oddStride = input.OneIn(16) ? input.Below(4) : 0;
+        m_offset = input.OneIn(16) ? input.Below(16) : 0;
         for (ParamValue& value : m_values) {
-            const int kind = input.Below(8);
-            const float level = static_cast<float>(input.Take<std::uint8_t>()) / 255.0f;
-            value.value = kind < 6 ? FloatWord(level) : input.Take<std::uint32_t>();
-            // A knob far out of its range may ask for scratch pictures of gigabytes. They are to be refused here;
-            // how much memory this machine has is not the question.
-            m_provides = m_provides || kind >= 6;
+            value.value = Word(input, wild);
+            value.valueY = Word(input, wild);
         }
     }
 
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+    ~Host() { Require(m_blocks == 0 && m_holders == 1); }
+
     std::int32_t KELMORA_CALL QueryInterface(const InterfaceId* interfaceId, void** out) override
     {
-        *out =
-            m_provides && *interfaceId == IMemoryProvider::id ? static_cast<IMemoryProvider*>(this) : nullptr;
-        return *out ? S_OK : E_NOINTERFACE;
+        *out = m_answer == Answer::NoButSomething ? this : nullptr;
+        if (*interfaceId != IMemoryProvider::id || m_answer < Answer::YesButNothing)
+            return E_NOINTERFACE;
+        if (m_answer == Answer::Yes) {
+            *out = static_cast<IMemoryProvider*>(this);
+            AddRef();
+        }
+        return S_OK;
     }
 
-    std::uint32_t KELMORA_CALL AddRef() override { return 2; }
-    std::uint32_t KELMORA_CALL Release() override { return 1; }
+    std::uint32_t KELMORA_CALL AddRef() override { return ++m_holders; }
+    std::uint32_t KELMORA_CALL Release() override { return --m_holders; }
 
     bool KELMORA_CALL GetParamValue(std::uint32_t knob, ParamValue* out, ParamKind kind) override
     {
+        if (m_silent)
+            return false;
         *out = m_values[knob % kKnobs];
-        out->kind = kind;
+        out->kind = m_oddKind ? knob * 7 : kind;
         return true;
     }
 
@@ -53,25 +76,68 @@ public:
     bool KELMORA_CALL Alloc(void** out, std::uint32_t bytes) override
     {
         constexpr std::uint32_t most = 64u << 20;
-        *out = m_calls++ == m_refused || bytes > most ? nullptr : new std::uint8_t[bytes];
-        return *out != nullptr;
+        const int call = std::min(m_calls++, kRefusals - 1);
+        *out = nullptr;
+        if ((m_refused >> call & 1) != 0 || bytes > most)
+            return false;
+        auto* const block = new std::uint8_t[bytes + kFront];
+        std::memcpy(block, &m_offset, sizeof m_offset);
+        *out = block + kFront - m_offset;
+        ++m_blocks;
+        return true;
     }
 
-    void KELMORA_CALL Free(void* memory) override { delete[] static_cast<std::uint8_t*>(memory); }
+    void KELMORA_CALL Free(void* memory) override
+    {
+        --m_blocks;
+        delete[](static_cast<std::uint8_t*>(memory) + m_offset - kFront);
+    }
 
     bool KELMORA_CALL AllocImage(void** out, std::int32_t width, std::int32_t height, std::int32_t pixelBytes,
                                  std::int32_t* stride) override
     {
-        *stride = width * pixelBytes;
-        return Alloc(out, static_cast<std::uint32_t>(*stride) * static_cast<std::uint32_t>(height));
+        const std::int32_t row = width * pixelBytes;
+        const std::int32_t answers[] = {row, row - 1, 0, -64};
+        *stride = answers[m_oddStride];
+        return Alloc(out, static_cast<std::uint32_t>(row) * static_cast<std::uint32_t>(height));
     }
 
     void KELMORA_CALL FreeImage(void* memory) override { Free(memory); }
 
 private:
-    bool m_provides;
-    int m_refused, m_calls = 0;
-    static constexpr std::uint32_t kKnobs = 10; // no effect has more
+    static constexpr std::uint32_t kKnobs = 10;  // no effect has more
+    static constexpr int kRefusals = 64;         // the last one counts for all that follow
+    static constexpr std::ptrdiff_t kFront = 32; // before a block, so that it need not be aligned
+
+    /// A bit for each call that is to fail: one alone, all from one on, or any.
+    static std::uint64_t RefusalsOf(Input& input)
+    {
+        const int kind = input.Below(4);
+        if (kind == 3)
+            return input.Take<std::uint64_t>();
+        const std::uint64_t one = std::uint64_t{1} << input.Below(kRefusals);
+        return kind == 2 ? ~(one - 1) : one;
+    }
+
+    /// Of a knob: half of them in range; of the others half an edge, half any bits.
+    static std::uint32_t Word(Input& input, bool wild)
+    {
+        constexpr float edges[] = {0.0f, -0.0f, 1.0f, -1.0f, 1.0000001f, 0.99999994f, 1e-30f, 1e30f};
+        const int kind = wild ? input.Below(4) : 0;
+        if (kind == 2)
+            return FloatWord(edges[input.Below(static_cast<int>(std::size(edges)))]);
+        if (kind == 3)
+            return input.Take<std::uint32_t>();
+        return FloatWord(static_cast<float>(input.Take<std::uint8_t>()) / 255.0f);
+    }
+
+    Answer m_answer;
+    std::uint64_t m_refused;
+    bool m_silent = false, m_oddKind = false;
+    int m_oddStride = 0;
+    std::int32_t m_offset = 0;
+    int m_calls = 0, m_blocks = 0;
+    std::uint32_t m_holders = 1;
     ParamValue m_values[kKnobs] = {};
 };
 
@@ -88,12 +154,25 @@ std::vector<std::int32_t> EffectNumbers()
     return numbers;
 }
 
+/// One that the library gives, or the one that has no number.
+IVideoEffect* AnyEffect(Input& input)
+{
+    static const std::vector<std::int32_t> numbers = EffectNumbers();
+    const int choice = input.Below(static_cast<int>(numbers.size()) + 1);
+    if (choice == static_cast<int>(numbers.size()))
+        return new CFacePixelator;
+    return CreateEffectOfNumber(numbers[static_cast<std::size_t>(choice)]);
+}
+
 /// A moment that a host may ask for, and now and then one that none should.
 double Moment(Input& input, double last)
 {
-    if (input.Below(8) == 0)
-        return input.Take<double>();
-    return last * input.Take<std::uint8_t>() / 255.0; // both ends among them
+    if (!input.OneIn(8))
+        return last * input.Take<std::uint8_t>() / 255.0; // both ends among them
+    const auto moment = input.Number<double>(2.0 * last);
+    // The way to the frames of a camera that has run for years is walked knot by knot.
+    constexpr double longest = 1e5;
+    return std::isfinite(moment) ? std::clamp(moment, -longest, longest) : moment;
 }
 
 RenderInfo Info(Input& input)
@@ -102,7 +181,33 @@ RenderInfo Info(Input& input)
     constexpr double lastSecond = 600.0;
     info.progress = Moment(input, 1.0);
     info.time = Moment(input, lastSecond);
+    info.pixelAspect = input.OneIn(2) ? input.Number<double>(2.0) : 1.0;
     return info;
+}
+
+void RenderAnything(Input& input)
+{
+    UseVariant(static_cast<CpuVariant>(input.Below(3)));
+    IVideoEffect* const effect = AnyEffect(input);
+    Host host(input);
+    RenderInfo info = Info(input);
+    const int alias = input.Below(16);
+    const bool alike = !input.OneIn(3); // one size and format for all three: the usual case
+    Picture first(input);
+    Picture second = alike ? Picture(input, first) : Picture(input);
+    Picture output = alike ? Picture(input, first) : Picture(input);
+    if (alias == 1)
+        output.Record() = first.Record();
+    else if (alias == 2)
+        output.Record() = second.Record();
+    else if (alias == 3)
+        second.Record() = first.Record();
+    const VideoFrame firstBefore = first.Record(), secondBefore = second.Record();
+    effect->Render(&host, &first.Record(), alias == 4 ? nullptr : &second.Record(), &output.Record(),
+                   alias == 5 ? nullptr : &info);
+    Require(std::memcmp(&first.Record(), &firstBefore, sizeof firstBefore) == 0);
+    Require(std::memcmp(&second.Record(), &secondBefore, sizeof secondBefore) == 0);
+    Require(effect->Release() == 0);
 }
 
 } // namespace
@@ -110,26 +215,7 @@ RenderInfo Info(Input& input)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    using namespace kelmora;
-    fuzz::Input input(data, size);
-    UseVariant(static_cast<CpuVariant>(input.Below(3)));
-    static const std::vector<std::int32_t> numbers = fuzz::EffectNumbers();
-    IVideoEffect* const effect = CreateEffectOfNumber(
-        numbers[static_cast<std::size_t>(input.Below(static_cast<int>(numbers.size())))]);
-    fuzz::Host host(input);
-    RenderInfo info = fuzz::Info(input);
-    const int alias = input.Below(8);
-    const bool alike = input.Below(2) != 0; // one size and format for all three: the usual case
-    fuzz::Picture first(input);
-    fuzz::Picture second = alike ? fuzz::Picture(input, first) : fuzz::Picture(input);
-    fuzz::Picture output = alike ? fuzz::Picture(input, first) : fuzz::Picture(input);
-    if (alias == 0)
-        output.Record() = first.Record();
-    else if (alias == 2)
-        output.Record() = second.Record();
-    else if (alias == 3)
-        second.Record() = first.Record();
-    effect->Render(&host, &first.Record(), alias == 1 ? nullptr : &second.Record(), &output.Record(), &info);
-    effect->Release();
+    kelmora::fuzz::Input input(data, size);
+    kelmora::fuzz::RenderAnything(input);
     return 0;
 }

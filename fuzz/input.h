@@ -5,12 +5,20 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <vector>
 
 #include "contract/video_frame.h"
 
 namespace kelmora::fuzz {
+
+/// Ends the run with a report where something that always holds does not.
+inline void Require(bool condition)
+{
+    if (!condition)
+        std::abort();
+}
 
 /// Reads the fuzzer's bytes in a fixed order, so that a mutated input stays a meaningful call. Behind the end
 /// everything reads as 0.
@@ -30,12 +38,65 @@ public:
         return value;
     }
 
+    /// 0 to `limit` - 1; `limit` is 1 to 256.
     int Below(int limit) { return Take<std::uint8_t>() % limit; }
+
+    /// Whether a choice of one in `chances` falls so; at the end of the bytes it does not.
+    bool OneIn(int chances) { return Below(chances) == chances - 1; }
+
+    /// A double or float of any bits a quarter of the time, one that arithmetic breaks on another quarter, and else
+    /// from -`reach` to `reach`.
+    template <class Real>
+    Real Number(Real reach)
+    {
+        using Limits = std::numeric_limits<Real>;
+        constexpr Real whole = static_cast<Real>(2147483648.0); // one more than an int holds
+        constexpr Real edges[] = {0,
+                                  -Real{0},
+                                  1,
+                                  -1,
+                                  Real{1} / 2,
+                                  1 + Limits::epsilon(),
+                                  Limits::denorm_min(),
+                                  Limits::min(),
+                                  Limits::max(),
+                                  Limits::lowest(),
+                                  Limits::infinity(),
+                                  -Limits::infinity(),
+                                  Limits::quiet_NaN(),
+                                  whole,
+                                  -whole * (1 + Limits::epsilon()),
+                                  whole * whole * 4};
+        switch (Below(4)) {
+        case 2:
+            return edges[Below(static_cast<int>(std::size(edges)))];
+        case 3:
+            return Take<Real>();
+        default:
+            return reach * static_cast<Real>(Take<std::int16_t>()) / Real{32767};
+        }
+    }
+
+    bool IsEmpty() const { return m_left == 0; }
 
 private:
     const std::uint8_t* m_next;
     std::size_t m_left;
 };
+
+/// Fills `count` bytes with noise: any bits, or floats from 0 to 1.
+inline void FillWithNoise(std::uint8_t* bytes, std::size_t count, std::uint32_t noise, bool floats)
+{
+    for (std::size_t i = 0; i < count; i += sizeof noise) {
+        noise = noise * 1664525u + 1013904223u;
+        const float level = static_cast<float>(noise >> 24) / 255.0f;
+        const std::uint32_t high = noise >> 16 | noise << 16; // the low bits repeat soon
+        if (floats)
+            std::memcpy(bytes + i, &level, std::min(count - i, sizeof level));
+        else
+            std::memcpy(bytes + i, &high, std::min(count - i, sizeof high));
+    }
+}
 
 /// A host's record, which may say anything, and memory that holds what a truthful record would promise: a
 /// record that promises more than that is cut back, for no library can tell.
@@ -57,10 +118,12 @@ public:
                                      : sizes[input.Below(8)];
         if (usualBytes != 0 && input.Below(2) != 0)
             m_record.pixelBytes = usualBytes;
-        m_record.width = input.Below(41) - (input.Below(32) == 0 ? 20 : 0);
-        m_record.height = input.Below(41) - (input.Below(32) == 0 ? 20 : 0);
-        if (input.Below(16) == 0) // large enough for wide blurs, brushes and shadows
-            m_record.height += input.Below(200);
+        // Small ones mostly: they have all the edges that large ones have, at a fraction of the time.
+        const int most = input.OneIn(4) ? 41 : 13;
+        m_record.width = input.Below(most) - (input.OneIn(32) ? 20 : 0);
+        m_record.height = input.Below(most) - (input.OneIn(32) ? 20 : 0);
+        if (input.OneIn(64)) // large enough for wide blurs, brushes and shadows
+            (input.OneIn(4) ? m_record.width : m_record.height) += input.Below(200);
         m_record.stride = std::max(RowBytes() + (input.Below(4) == 0 ? input.Below(72) - 8 : 0), 0);
         m_record.bottomUp = input.Take<std::uint8_t>();
         MakePixels(input);
@@ -89,14 +152,8 @@ private:
         m_bytes = last + static_cast<std::size_t>(std::max(RowBytes(), 1));
         m_memory.reset(new std::uint8_t[m_bytes + static_cast<std::size_t>(offset)]);
         auto* first = m_memory.get() + offset;
-        std::uint32_t noise = input.Take<std::uint32_t>();
-        const bool colours = floats && input.Below(4) != 0;
-        for (std::size_t i = 0; i < m_bytes; ++i)
-            first[i] = static_cast<std::uint8_t>((noise = noise * 1664525u + 1013904223u) >> 24);
-        for (std::size_t i = 0; colours && i + 4 <= m_bytes; i += 4) {
-            const float value = static_cast<float>(first[i]) / 255.0f;
-            std::memcpy(first + i, &value, 4);
-        }
+        const bool colours = floats && !input.OneIn(4);
+        FillWithNoise(first, m_bytes, input.Take<std::uint32_t>(), colours);
         m_record.data = first;
         if (input.Below(4) == 0) { // the rows run upward
             m_record.data = first + last;

@@ -12,10 +12,6 @@
 
 #include "tests/effects/pictures_as_plain.h"
 
-#if defined(__SSE__)
-#include <xmmintrin.h>
-#endif
-
 namespace kelmora {
 namespace {
 
@@ -53,9 +49,6 @@ protected:
     }
 };
 
-/// Not the scenes: whatever block is refused one face is left out, as their own tests say.
-class EveryFlatEffect : public EveryEffect {};
-
 GuardedPicture Noisy(std::int32_t width, std::int32_t height, std::uint32_t format, std::uint32_t seed,
                      const PictureLayout& layout = {})
 {
@@ -66,57 +59,6 @@ GuardedPicture Noisy(std::int32_t width, std::int32_t height, std::uint32_t form
 
 // --- memory ---------------------------------------------------------------------------------------------
 
-/// For EXPECT_TRUE: `out` is one of the pictures that stay when there is no memory.
-testing::AssertionResult IsLeftWithoutMemory(EffectClass which, const GuardedPicture& in,
-                                             const GuardedPicture& before, const GuardedPicture& out)
-{
-    // Pixelator's mask may be blurred even so, which rounds floats.
-    const double tolerance = which == EffectClass::FacePixelator ? 1e-6 : 0.0;
-    for (const GuardedPicture& left : LeftWithoutMemory(which, kSome, in, before))
-        if (tolerance > 0.0 ? Near(out, left, tolerance) : Equal(out, left))
-            return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "a picture that no step is known to leave";
-}
-
-TEST_P(EveryFlatEffect, Render_RefusedAllocations_LeaveTheDocumentedPicture)
-{
-    // Wide enough for running sums, and too small for them.
-    constexpr std::int32_t sizes[][2] = {{64, 48}, {4, 60}};
-    bool everRefused = false;
-    for (const std::uint32_t format : kPictureFormats)
-        for (const auto& size : sizes)
-            for (const bool fromThenOn : {false, true})
-                for (std::uint64_t n = 0;; ++n) {
-                    ASSERT_LT(n, 100u);
-                    SCOPED_TRACE(std::string(FormatName(format)) + ", refused: " + std::to_string(n));
-                    MemoryHabits habits;
-                    (fromThenOn ? habits.refuseFrom : habits.refuseOnly) = n;
-                    FakeMemoryProvider memory(habits);
-                    FakeHost host(Levels(GetParam(), kSome));
-                    host.SetMemory(&memory);
-                    const HeldEffect effect = NewEffect(GetParam());
-                    const GuardedPicture in = Noisy(size[0], size[1], format, 1);
-                    GuardedPicture out = Noisy(size[0], size[1], format, 2);
-                    const GuardedPicture before = out;
-                    const bool result = Render(*effect, host, in, out);
-                    EXPECT_EQ(memory.OpenBlocks(), 0u);
-                    const bool wasRefused = memory.Refused() != 0;
-                    EXPECT_EQ(result, !wasRefused || ResultOfNoWork());
-                    if (wasRefused) {
-                        EXPECT_TRUE(IsLeftWithoutMemory(GetParam(), in, before, out));
-                    }
-
-                    memory.SetHabits({});
-                    GuardedPicture again = before, expected = before;
-                    EXPECT_TRUE(Render(*effect, host, in, again));
-                    RenderFresh(GetParam(), kSome, in, expected);
-                    EXPECT_TRUE(Equal(again, expected));
-                    if (!wasRefused)
-                        break;
-                    everRefused = true;
-                }
-    EXPECT_TRUE(everRefused) << "no memory was asked for";
-}
 TEST_P(EveryEffect, Render_WhateverScratchMemoryHeld_GivesTheSamePixels)
 {
     std::mt19937 random(11);
@@ -544,82 +486,6 @@ TEST_P(EveryEffect, RenderInThreads_OwnObjects_GivesTheSamePixelsAsInTurn)
         EXPECT_TRUE(Equal(outputs[t], expected[t]));
 }
 
-// --- the host's floating-point arithmetic ---------------------------------------------------------------------
-
-#if defined(__SSE__)
-struct Arithmetic {
-    const char* name;
-    std::uint32_t mxcsr;
-    std::uint16_t x87;
-};
-
-// Rounding, flush-to-zero with denormals-are-zero, unmasked exceptions, and the x87's precision and rounding.
-constexpr Arithmetic kArithmetics[] = {
-    {"down", 0x3F80, 0x077F},     {"up", 0x5F80, 0x0B7F},       {"to zero", 0x7F80, 0x0F7F},
-    {"flushed", 0x9FC0, 0x037F},  {"unmasked", 0x0000, 0x0340}, {"24-bit x87", 0x1F80, 0x007F},
-    {"flags up", 0x1FBF, 0x037F},
-};
-
-std::uint16_t X87Control()
-{
-    std::uint16_t word = 0;
-    __asm__ volatile("fnstcw %0" : "=m"(word));
-    return word;
-}
-
-void SetX87Control(std::uint16_t word)
-{
-    // A flag that some earlier arithmetic left up would be raised as soon as its exception is unmasked.
-    __asm__ volatile("fnclex\n\tfldcw %0" : : "m"(word));
-}
-
-TEST_P(EveryEffect, Render_WhateverTheHostsArithmetic_GivesTheSamePixelsAndPutsItBack)
-{
-    for (const std::uint32_t format : kPictureFormats) {
-        GuardedPicture in(50, 40, format);
-        in.FillNoise(3, Noise::Uniform);
-        if (IsFloatFormat(format))
-            for (int x = 0; x < 50; ++x)
-                in.SetFloat(x, 20, 1, 1e-42f * static_cast<float>(x)); // denormal
-        const GuardedPicture incoming = Incoming(in);
-        GuardedPicture expected(50, 40, format);
-        RenderFresh(GetParam(), kSome, in, expected);
-        for (const Arithmetic& arithmetic : kArithmetics) {
-            SCOPED_TRACE(arithmetic.name);
-            GuardedPicture out(50, 40, format);
-            FakeHost host(Levels(GetParam(), kSome));
-            const HeldEffect effect = NewEffect(GetParam());
-            VideoFrame first = in.Frame(), second = incoming.Frame(), output = out.Frame();
-            RenderInfo info = MakeInfo(AtProgress(0.4));
-            const std::uint32_t mxcsr = _mm_getcsr();
-            const std::uint16_t x87 = X87Control();
-            SetX87Control(arithmetic.x87);
-            _mm_setcsr(arithmetic.mxcsr);
-            const bool result = effect->Render(&host, &first, &second, &output, &info);
-            const std::uint32_t mxcsrAfter = _mm_getcsr();
-            const std::uint16_t x87After = X87Control();
-            _mm_setcsr(mxcsr);
-            SetX87Control(x87);
-            EXPECT_TRUE(result);
-            EXPECT_EQ(mxcsrAfter, arithmetic.mxcsr);
-            EXPECT_EQ(x87After, arithmetic.x87);
-            EXPECT_TRUE(Equal(out, expected)) << FormatName(format);
-        }
-    }
-}
-#endif
-
-std::vector<EffectClass> FlatEffects()
-{
-    std::vector<EffectClass> flat;
-    for (const EffectClass which : kAllEffects)
-        if (!IsScene(which))
-            flat.push_back(which);
-    return flat;
-}
-
-INSTANTIATE_TEST_SUITE_P(Effects, EveryFlatEffect, testing::ValuesIn(FlatEffects()),
-                         [](const auto& tested) { return NameOf(tested.param); });
 INSTANTIATE_TEST_SUITE_P(Effects, EveryEffect, testing::ValuesIn(kAllEffects),
                          [](const auto& tested) { return NameOf(tested.param); });
 

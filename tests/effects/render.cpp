@@ -160,6 +160,38 @@ reference::CameraMoment CameraMoment(const Moment& moment)
     return {moment.time, moment.pixelAspect.value_or(moment.halfHeight ? 2.0 : 1.0)};
 }
 
+/// `picture` over the top left of `before`, which is as large or larger.
+GuardedPicture Over(const GuardedPicture& picture, const GuardedPicture& before)
+{
+    GuardedPicture over = before;
+    for (std::int32_t y = 0; y < picture.Height(); ++y)
+        std::memcpy(over.Row(y), picture.Row(y),
+                    static_cast<std::size_t>(picture.Width() * picture.PixelBytes()));
+    return over;
+}
+
+/// What a scene without a glow shows with each of its pieces missing, and with all from each one on. `left` begins with
+/// the output as it stood.
+void AddScenesLeft(EffectClass which, const std::vector<float>& k, const VideoFrame& in,
+                   const VideoFrame& second, std::vector<GuardedPicture>& left)
+{
+    const auto draw = [&](const reference::TransitionMoment& moment) {
+        left.push_back(GuardedPicture(left.front()));
+        const VideoFrame drawn = left.back().Frame();
+        InnerOf(which) == EffectClass::Layers
+            ? reference::PizzaBoxes(in, &second, drawn, PizzaBoxesKnobs(k), moment, false)
+            : reference::Confetti(in, &second, drawn, ConfettiKnobs(k), moment);
+    };
+    draw({0.4});
+    const GuardedPicture whole = left.back();
+    for (int piece = 0;; ++piece) {
+        draw({0.4, -1, piece});
+        draw({0.4, piece, -1});
+        if (Equal(left.back(), whole))
+            break;
+    }
+}
+
 } // namespace
 
 std::size_t KnobCount(EffectClass which)
@@ -331,19 +363,31 @@ void RenderPlain(EffectClass which, const std::vector<float>& levels, const Vide
 }
 
 std::vector<GuardedPicture> LeftWithoutMemory(EffectClass which, const std::vector<float>& levels,
-                                              const GuardedPicture& in, const GuardedPicture& before)
+                                              const GuardedPicture& in, const GuardedPicture& before,
+                                              bool halfHeight)
 {
     const GuardedPicture second = Incoming(in);
     const VideoFrame secondFrame = second.Frame();
     const std::vector<float> k = InnerLevels(which, levels);
     std::vector<GuardedPicture> left;
-    left.push_back(
-        InnerOf(which) == EffectClass::UnsharpMask || which == EffectClass::FacePixelator ? in : before);
+    left.push_back(InnerOf(which) == EffectClass::UnsharpMask || which == EffectClass::FacePixelator
+                       ? Over(in, before)
+                       : before);
+    if (IsScene(which))
+        AddScenesLeft(which, k, in.Frame(), secondFrame, left);
+    if (InnerOf(which) == EffectClass::WaterColor && in.Format() == PF_BGRA8)
+        for (int medians = 0; medians <= reference::WaterColorPasses(in.Height(), halfHeight); ++medians) {
+            left.push_back(before);
+            reference::WaterColorUpTo(in.Frame(), left.back().Frame(), WaterColorKnobs(k), halfHeight,
+                                      medians);
+            if (reference::WaterColorRadius(k.at(4), in.Height(), halfHeight) < 1)
+                break;
+        }
     if (which == EffectClass::FacePixelator)
         for (const reference::PixelatorMemory& memory :
              {reference::PixelatorMemory{false, true}, {true, false}, {false, false}}) {
             left.push_back(before); // the ring alone, a hard edge, or both
-            reference::Pixelator(in.Frame(), left.back().Frame(), PixelatorKnobs(k), false, memory);
+            reference::Pixelator(in.Frame(), left.back().Frame(), PixelatorKnobs(k), halfHeight, memory);
         }
     if (InnerOf(which) == EffectClass::Colormelt) {
         left.push_back(before); // the dissolve alone
@@ -357,7 +401,8 @@ std::vector<GuardedPicture> LeftWithoutMemory(EffectClass which, const std::vect
             reference::PaperCollageKnobs knobs = PaperCollageKnobs(k);
             if (!blurred)
                 knobs.rounding = 0;
-            reference::PaperCollage(in.Frame(), secondFrame, left.back().Frame(), knobs, 0.4, false, false);
+            reference::PaperCollage(in.Frame(), secondFrame, left.back().Frame(), knobs, 0.4, halfHeight,
+                                    false);
         }
     if (InnerOf(which) == EffectClass::Smear)
         for (const bool first : {false, true})
@@ -369,7 +414,8 @@ std::vector<GuardedPicture> LeftWithoutMemory(EffectClass which, const std::vect
     if (which == EffectClass::BorderCrop)
         for (const int steps : {1, 2, 3}) {
             left.push_back(before);
-            reference::CropBordersUpTo(in.Frame(), left.back().Frame(), CropBordersKnobs(k), false, steps);
+            reference::CropBordersUpTo(in.Frame(), left.back().Frame(), CropBordersKnobs(k), halfHeight,
+                                       steps);
         }
     return left;
 }

@@ -63,10 +63,11 @@ void RenderPlain(EffectClass which, const std::vector<float>& levels, const Vide
                  const VideoFrame* second, const VideoFrame& out, const Moment& moment,
                  Doubts* doubts = nullptr);
 
-/// What may be left in the output when memory is refused, with Incoming's picture at a progress of 0.4 and a
-/// whole frame: the picture, the output as it stood, or what the steps before that have made.
+/// What may be left in the output when memory is refused, with Incoming's picture at a progress of 0.4: the picture, the
+/// output as it stood, or what the steps before that have made; of a scene, what the pieces that had memory show.
 std::vector<GuardedPicture> LeftWithoutMemory(EffectClass which, const std::vector<float>& levels,
-                                              const GuardedPicture& in, const GuardedPicture& before);
+                                              const GuardedPicture& in, const GuardedPicture& before,
+                                              bool halfHeight = false);
 
 /// For EXPECT_TRUE: `now` is what the plain version makes of `in` and `before`. Bytes are equal, and so are
 /// the floats of effects that work in bytes or whose every rounding is settled.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cfenv>
 #include <climits>
 #include <cmath>
 #include <cstring>
@@ -20,6 +19,8 @@
 #include "tests/reference/picture.h"
 #include "tests/reference/resize.h"
 #include "tests/reference/ycbcr.h"
+#include "tests/support/failing_heap.h"
+#include "tests/support/float_state.h"
 #include "tests/support/flush_record.h"
 #include "tests/support/pictures.h"
 
@@ -44,7 +45,16 @@ constexpr PictureLayout kLayouts[] = {
     {.slack = 20, .upward = true, .bottomUp = true},
     {.guard = Guard::PageEnd},
     {.guard = Guard::PageStart, .upward = true},
+    {.guard = Guard::PictureEnd, .slack = 8},
+    {.guard = Guard::PictureStart, .slack = 4, .upward = true},
 };
+
+GuardedPicture Noisy(std::int32_t width, std::int32_t height, std::uint32_t format, std::uint32_t seed)
+{
+    GuardedPicture picture(width, height, format);
+    picture.FillNoise(seed);
+    return picture;
+}
 
 /// An operation with some arguments: it writes `out` alone, `a` and `b` are sources.
 struct Operation {
@@ -308,22 +318,70 @@ TEST_F(Toolbox, Records_AreReadInTheirFieldsAndNotWritten)
     result.Check();
 }
 
-TEST_F(Toolbox, RoundingOfTheHost_ChangesNoPictureAndStays)
+TEST_F(Toolbox, ArithmeticOfTheHost_ChangesNoPictureAndStays)
 {
-    GuardedPicture source(9, 7, PF_ARGB32F);
-    source.FillNoise(1);
-    GuardedPicture expected(20, 15, PF_ARGB32F), result(20, 15, PF_ARGB32F);
-    const VideoFrame src = source.Frame();
-    VideoFrame usual = expected.Frame(), other = result.Frame();
-    constexpr FrameRect whole = {0, 0, 8, 6};
-    ASSERT_TRUE(processor->ResizeRegion(&src, &whole, &usual, 2));
-    ASSERT_EQ(std::fesetround(FE_UPWARD), 0);
-    const bool done = processor->ResizeRegion(&src, &whole, &other, 2);
-    const int after = std::fegetround();
-    std::fesetround(FE_TONEAREST);
-    EXPECT_TRUE(done);
-    EXPECT_EQ(after, FE_UPWARD);
-    EXPECT_TRUE(Equal(result, expected));
+    for (const std::uint32_t format : kPictureFormats)
+        for (const Operation& operation : kOperations) {
+            const GuardedPicture a = Noisy(9, 7, format, 1), b = Noisy(9, 7, format, 2),
+                                 before = Noisy(20, 15, format, 3);
+            const VideoFrame first = a.Frame(), second = b.Frame();
+            GuardedPicture expected = before;
+            VideoFrame usual = expected.Frame();
+            const bool succeeds = operation.run(*processor, &first, &second, &usual);
+            for (const FloatHabit& habit : kFloatHabits) {
+                SCOPED_TRACE(std::string(operation.name) + ", " + habit.name);
+                GuardedPicture result = before;
+                VideoFrame out = result.Frame();
+                bool succeeded = false;
+                EXPECT_EQ(AfterWorkIn(habit.state,
+                                      [&] { succeeded = operation.run(*processor, &first, &second, &out); }),
+                          habit.state);
+                EXPECT_EQ(succeeded, succeeds);
+                EXPECT_TRUE(Equal(result, expected));
+            }
+        }
+}
+
+// --- memory ---------------------------------------------------------------------------------------------
+
+TEST_F(Toolbox, RefusedMemory_IsFalseAndWritesNothingAndIsAskedForAgain)
+{
+    std::uint64_t refusals = 0;
+    for (const std::uint32_t format : kPictureFormats)
+        for (const Operation& operation : kOperations)
+            for (const bool inPlace : {false, true})
+                for (const bool fromThenOn : {false, true})
+                    for (std::uint64_t n = 0, refused = 1; refused != 0; ++n) {
+                        SCOPED_TRACE(std::string(operation.name) + ", block " + std::to_string(n));
+                        ASSERT_LT(n, 100u);
+                        const GuardedPicture a = Noisy(9, 7, format, 1), b = Noisy(9, 7, format, 2);
+                        GuardedPicture result = Noisy(9, 7, format, 3), expected = result;
+                        const GuardedPicture before = result;
+                        VideoFrame out = result.Frame(), whole = expected.Frame();
+                        const VideoFrame apart = a.Frame(), second = b.Frame();
+                        const bool succeeds =
+                            operation.run(*processor, inPlace ? &whole : &apart, &second, &whole);
+
+                        FrameProcessor* const fresh = new FrameProcessor;
+                        bool succeeded = false;
+                        {
+                            const FailingHeap scope(fromThenOn ? FailingHeap::kNever : n,
+                                                    fromThenOn ? n : FailingHeap::kNever);
+                            succeeded = operation.run(*fresh, inPlace ? &out : &apart, &second, &out);
+                            refused = scope.Refused();
+                        }
+                        refusals += refused;
+                        // A single picture that is refused is asked for again, when all that is kept is freed.
+                        const bool isMadeGood = !fromThenOn && succeeded;
+                        EXPECT_EQ(succeeded, succeeds && (refused == 0 || isMadeGood));
+                        EXPECT_TRUE(Equal(result, succeeded ? expected : before));
+                        if (!succeeded && succeeds) {
+                            EXPECT_TRUE(operation.run(*fresh, inPlace ? &out : &apart, &second, &out));
+                            EXPECT_TRUE(Equal(result, expected));
+                        }
+                        EXPECT_EQ(fresh->Release(), 0u);
+                    }
+    EXPECT_GT(refusals, 0u);
 }
 
 // --- Copy -----------------------------------------------------------------------------------------------

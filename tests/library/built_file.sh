@@ -4,6 +4,7 @@
 #   built_file.sh imports FILE              modules of the system alone
 #   built_file.sh sections FILE             nothing both writable and executable; hardened
 #   built_file.sh constructors ARCHIVE...   nothing of ours runs when the file is loaded
+#   built_file.sh writable FILE ARCHIVE...  of ours, exactly the variables below
 # NM, OBJDUMP and READELF name the tools.
 set -euo pipefail
 
@@ -80,6 +81,31 @@ constructors() {
     grep -q LiveObjectCount <<<"$listing" || fail "nothing could be read of $*"
     # TinyXML's header starts the runtime's streams in whoever includes it. What they do at load is nothing of ours.
     nothing 'runs at load' "$(grep '_GLOBAL__sub_I' <<<"$listing" | grep -v ':preset_file\.cpp\.' || true)"
+}
+
+# All that objects of several threads share besides code. Each is atomic, locked, or written before the first object.
+shared='kelmora::(anonymous namespace)::g_shelf
+kelmora::(anonymous namespace)::g_variant
+kelmora::(anonymous namespace)::liveObjectCount
+kelmora::platform::(anonymous namespace)::PartPath::counter'
+# g_shelf          blocks kept between frames, behind a lock of its own
+# g_variant        the instruction set in use: an atomic that every thread sets to the same number
+# liveObjectCount  what CanUnloadDLLNow asks: an atomic
+# counter          sets names of files that are being written apart: an atomic
+# g_ownModule      the file's own handle, written once as it is loaded (Windows; elsewhere the system is asked)
+
+writable() {
+    local file=$1 found expected
+    shift
+    if is_windows "$file"; then # whose file has no names left
+        found=$("$NM" -C "$@" | sed -nE 's/^[0-9a-f]+ [bBdD] (kelmora::.*)$/\1/p')
+        expected=$(sort <<<"$shared"$'\n''kelmora::platform::(anonymous namespace)::g_ownModule')
+    else
+        found=$("$OBJDUMP" -tC "$file" | sed -nE 's/^.* \.t?(data|bss)[[:space:]]+[0-9a-f]+ +(kelmora::.*)$/\2/p')
+        expected=$(sort <<<"$shared")
+    fi
+    found=$(sed -E 's/PartPath\(.*\)/PartPath/' <<<"$found" | sort)
+    [ "$found" = "$expected" ] || fail "$file: shared by all threads:"$'\n'"$found"
 }
 
 what=$1

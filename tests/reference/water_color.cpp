@@ -44,6 +44,22 @@ void PaintSharpen(Picture& frame)
     Sharpen(extended, 1, 1, frame);
 }
 
+/// The colours of the knobs, in bytes.
+Picture Coloured(const Picture& picture, const WaterColorKnobs& knobs)
+{
+    const double shift = (static_cast<double>(knobs.colorShift) - 0.5) * static_cast<double>(0.3f) + 0.5;
+    Picture painted(picture.width, picture.height, PF_BGRA8);
+    AdjustColor(AsBytes(picture), painted, knobs.contrast, knobs.brightness, knobs.color,
+                static_cast<float>(shift));
+    return painted;
+}
+
+/// Half-height frames have half the radius downward, at least 1.
+void PaintBrush(Picture& painted, int radius, bool halfHeight)
+{
+    PaintMedian(painted, radius, std::max(halfHeight ? radius >> 1 : radius, 1));
+}
+
 } // namespace
 
 int WaterColorRadius(float brushWidth, int height, bool halfHeight)
@@ -66,25 +82,19 @@ bool WaterColor(const VideoFrame& firstPicture, const VideoFrame& output, const 
     out.format = in.format;
     const int width = std::min(in.width, out.width), height = std::min(in.height, out.height);
     const Picture picture = Corner(ReadRows(in), width, height);
-    const Picture bytes = AsBytes(picture);
     // Alpha-last bytes are painted from the picture itself, all others from a copy of the working size.
     const int paintedHeight = in.format == PF_BGRA8 ? in.height : height;
     const int r = WaterColorRadius(knobs.brushWidth, paintedHeight, halfHeight);
 
-    const double shift = (static_cast<double>(knobs.colorShift) - 0.5) * static_cast<double>(0.3f) + 0.5;
-    Picture painted(width, height, PF_BGRA8);
-    AdjustColor(bytes, painted, knobs.contrast, knobs.brightness, knobs.color, static_cast<float>(shift));
-
+    Picture painted = Coloured(picture, knobs);
     if (r > kMostRadius) {
         if (in.format == PF_BGRA8)
             WriteRows(painted, out);
         return false;
     }
-    if (r > 0) {
-        const int ry = std::max(halfHeight ? r >> 1 : r, 1);
+    if (r > 0)
         for (int pass = 0; pass < WaterColorPasses(paintedHeight, halfHeight); ++pass)
-            PaintMedian(painted, r, ry);
-    }
+            PaintBrush(painted, r, halfHeight);
     PaintSharpen(painted);
 
     Picture home = painted;
@@ -98,6 +108,17 @@ bool WaterColor(const VideoFrame& firstPicture, const VideoFrame& output, const 
     CopyChannel(picture, home, PlaceOfColour(in.format, 3), PlaceOfColour(in.format, 3));
     WriteRows(home, out);
     return true;
+}
+
+void WaterColorUpTo(const VideoFrame& firstPicture, const VideoFrame& output, const WaterColorKnobs& knobs,
+                    bool halfHeight, int medians)
+{
+    const Rows in(firstPicture), out(output);
+    Picture painted =
+        Coloured(Corner(ReadRows(in), std::min(in.width, out.width), std::min(in.height, out.height)), knobs);
+    for (int pass = 0; pass < medians; ++pass)
+        PaintBrush(painted, WaterColorRadius(knobs.brushWidth, in.height, halfHeight), halfHeight);
+    WriteRows(painted, out);
 }
 
 } // namespace kelmora::reference

@@ -20,4 +20,9 @@ int WaterColorPasses(int height, bool halfHeight);
 bool WaterColor(const VideoFrame& picture, const VideoFrame& output, const WaterColorKnobs& knobs,
                 bool halfHeight);
 
+/// What is left in alpha-last bytes when there is no memory for the median after the first `medians`, or, after all of
+/// them, for the sharpening.
+void WaterColorUpTo(const VideoFrame& picture, const VideoFrame& output, const WaterColorKnobs& knobs,
+                    bool halfHeight, int medians);
+
 } // namespace kelmora::reference

@@ -128,6 +128,20 @@ private:
     Noise m_noise;
 };
 
+/// Whether unreadable pages part the rows from each other.
+bool IsEachRow(Guard guard)
+{
+    return guard == Guard::PageEnd || guard == Guard::PageStart;
+}
+
+testing::AssertionResult Moved(const std::uint8_t* place, const std::string& where, std::int32_t row)
+{
+    std::ostringstream value;
+    value << "0x" << std::hex << static_cast<int>(*place);
+    return testing::AssertionFailure() << "guard byte " << where << " row " << row << " (in memory order) is "
+                                       << value.str() << ", was 0xc3";
+}
+
 } // namespace
 
 GuardedPicture::GuardedPicture(std::int32_t width, std::int32_t height, std::int32_t pixelBytes,
@@ -149,32 +163,32 @@ GuardedPicture::GuardedPicture(std::int32_t width, std::int32_t height, std::int
         lowest = m_heapRows;
     } else {
         const std::size_t page = PageBytes();
-        m_openBytes = RoundUp(std::max<std::size_t>(rowBytes, 1), page);
-        step = m_openBytes + page;
-        m_pages = std::make_unique<GuardPages>(page + std::max<std::size_t>(rows, 1) * step);
-        for (std::size_t y = 0; y < rows; ++y)
-            m_pages->Open(page + y * step, m_openBytes);
+        const bool eachRow = IsEachRow(layout.guard);
+        const std::size_t together =
+            rows > 0 ? (rows - 1) * (rowBytes + static_cast<std::size_t>(layout.slack)) : 0;
+        const std::size_t bytes =
+            rowBytes + (eachRow ? 0 : together); // nothing is promised behind the last row
+        m_openBytes = RoundUp(std::max<std::size_t>(bytes, 1), page);
+        m_stretches = eachRow ? rows : std::min<std::size_t>(rows, 1);
+        step = eachRow ? m_openBytes + page : rowBytes + static_cast<std::size_t>(layout.slack);
+        m_pages = std::make_unique<GuardPages>(StretchOffset(std::max<std::size_t>(m_stretches, 1)));
+        for (std::size_t i = 0; i < m_stretches; ++i) {
+            m_pages->Open(StretchOffset(i), m_openBytes);
+            // What is open beside the rows is a guard too.
+            std::memset(m_pages->Base() + StretchOffset(i), kMark, m_openBytes);
+        }
         std::ostringstream name;
-        name << "a picture of " << width << " x " << height << " pixels, " << pixelBytes
-             << " bytes each (stretches are rows in memory order)";
+        name << "a picture of " << width << " x " << height << " pixels, " << pixelBytes << " bytes each ("
+             << (eachRow ? "stretches are rows in memory order" : "in one stretch") << ")";
         m_pages->SetName(name.str());
         lowest = m_pages->Base() + page;
-        if (layout.guard == Guard::PageEnd)
-            lowest += m_openBytes - rowBytes;
+        if (layout.guard == Guard::PageEnd || layout.guard == Guard::PictureEnd)
+            lowest += m_openBytes - bytes;
     }
     const auto signedStep = static_cast<std::int32_t>(step);
     m_stride = layout.upward ? -signedStep : signedStep;
     m_row0 = layout.upward && rows > 0 ? lowest + (rows - 1) * step : lowest;
     FillBytes(0);
-    if (m_pages) {
-        // What is open beside the row is a guard too.
-        for (std::int32_t y = 0; y < m_height; ++y) {
-            std::uint8_t* const beside = m_layout.guard == Guard::PageEnd
-                ? MemoryRow(y) + rowBytes - m_openBytes
-                : MemoryRow(y) + rowBytes;
-            std::memset(beside, kMark, m_openBytes - rowBytes);
-        }
-    }
 }
 
 GuardedPicture::GuardedPicture(const GuardedPicture& other)
@@ -191,6 +205,11 @@ GuardedPicture::~GuardedPicture()
 {
     if (m_pages || !m_heap.empty()) // else moved from
         Check();
+}
+
+std::size_t GuardedPicture::StretchOffset(std::size_t stretch) const
+{
+    return PageBytes() + stretch * (m_openBytes + PageBytes());
 }
 
 std::uint8_t* GuardedPicture::MemoryRow(std::int32_t y) const
@@ -303,17 +322,19 @@ void GuardedPicture::FillNoise(std::uint32_t seed, Noise noise)
     });
 }
 
+void GuardedPicture::SetReadOnly(bool readOnly)
+{
+    for (std::size_t i = 0; i < m_stretches; ++i)
+        m_pages->SetReadOnly(StretchOffset(i), m_openBytes, readOnly);
+}
+
 void GuardedPicture::Freeze()
 {
     m_isFrozen = true;
-    if (m_pages) {
-        const std::size_t page = PageBytes();
-        for (std::int32_t y = 0; y < m_height; ++y)
-            m_pages->SetReadOnly(page + static_cast<std::size_t>(y) * (m_openBytes + page), m_openBytes,
-                                 true);
-    } else {
+    if (m_pages)
+        SetReadOnly(true);
+    else
         m_frozen = m_heap;
-    }
 }
 
 void GuardedPicture::Thaw()
@@ -321,56 +342,57 @@ void GuardedPicture::Thaw()
     Check();
     m_isFrozen = false;
     m_frozen.clear();
-    if (m_pages) {
-        const std::size_t page = PageBytes();
-        for (std::int32_t y = 0; y < m_height; ++y)
-            m_pages->SetReadOnly(page + static_cast<std::size_t>(y) * (m_openBytes + page), m_openBytes,
-                                 false);
+    if (m_pages)
+        SetReadOnly(false);
+}
+
+testing::AssertionResult GuardedPicture::PagesIntact(std::size_t rowBytes) const
+{
+    const bool eachRow = IsEachRow(m_layout.guard);
+    const std::uint8_t* stretch = nullptr;
+    const std::uint8_t* place = nullptr;
+    for (std::int32_t y = 0; y < m_height; ++y) {
+        const std::uint8_t* const row = MemoryRow(y);
+        if (y == 0 || eachRow)
+            place = stretch = m_pages->Base() + StretchOffset(eachRow ? static_cast<std::size_t>(y) : 0);
+        for (; place < row; ++place)
+            if (*place != kMark)
+                return Moved(place, std::to_string(row - place) + " bytes before", y);
+        place = row + rowBytes;
+        if (y + 1 < m_height && !eachRow)
+            continue;
+        for (; place < stretch + m_openBytes; ++place)
+            if (*place != kMark)
+                return Moved(place,
+                             std::to_string(place - row - static_cast<std::ptrdiff_t>(rowBytes))
+                                 + " bytes past the end of",
+                             y);
     }
+    return testing::AssertionSuccess();
 }
 
 testing::AssertionResult GuardedPicture::Intact() const
 {
     const auto rowBytes =
         static_cast<std::size_t>(std::max(m_width, 0)) * static_cast<std::size_t>(std::max(m_pixelBytes, 0));
-    const auto moved = [](const std::uint8_t* place, const char* where, std::int32_t row) {
-        std::ostringstream value;
-        value << "0x" << std::hex << static_cast<int>(*place);
-        return testing::AssertionFailure() << "guard byte " << where << " row " << row
-                                           << " (in memory order) is " << value.str() << ", was 0xc3";
-    };
-    if (m_pages) {
-        const std::size_t beside = m_openBytes - rowBytes;
-        for (std::int32_t y = 0; y < m_height; ++y) {
-            const std::uint8_t* const row = MemoryRow(y);
-            for (std::size_t i = 0; i < beside; ++i) {
-                const bool before = m_layout.guard == Guard::PageEnd;
-                const std::uint8_t* const place = before ? row - 1 - i : row + rowBytes + i;
-                if (*place != kMark) {
-                    const std::string where = std::to_string(before ? i + 1 : i)
-                        + (before ? " bytes before" : " bytes past the end of");
-                    return moved(place, where.c_str(), y);
-                }
-            }
-        }
-        return testing::AssertionSuccess();
-    }
+    if (m_pages)
+        return PagesIntact(rowBytes);
 
     const std::size_t step = rowBytes + static_cast<std::size_t>(m_layout.slack);
     const std::size_t rows = static_cast<std::size_t>(std::max(m_height, 0));
     for (std::size_t i = 1; i <= kMoat; ++i)
         if (m_heapRows[-static_cast<std::ptrdiff_t>(i)] != kMark)
-            return moved(m_heapRows - i, (std::to_string(i) + " bytes before").c_str(), 0);
+            return Moved(m_heapRows - i, (std::to_string(i) + " bytes before"), 0);
     for (std::size_t y = 0; y < rows; ++y)
         for (std::size_t i = rowBytes; i < step; ++i)
             if (m_heapRows[y * step + i] != kMark)
-                return moved(m_heapRows + y * step + i,
-                             (std::to_string(i - rowBytes) + " bytes past the end of").c_str(),
+                return Moved(m_heapRows + y * step + i,
+                             (std::to_string(i - rowBytes) + " bytes past the end of"),
                              static_cast<std::int32_t>(y));
     for (std::size_t i = 0; i < kMoat; ++i)
         if (m_heapRows[rows * step + i] != kMark)
-            return moved(m_heapRows + rows * step + i,
-                         (std::to_string(i) + " bytes behind the slack of").c_str(), m_height - 1);
+            return Moved(m_heapRows + rows * step + i, (std::to_string(i) + " bytes behind the slack of"),
+                         m_height - 1);
     if (m_isFrozen && m_frozen != m_heap) {
         const auto place = std::mismatch(m_heap.begin(), m_heap.end(), m_frozen.begin()).first;
         const auto offset = static_cast<std::size_t>(&*place - m_heapRows);

@@ -16,15 +16,18 @@ namespace kelmora {
 
 /// What guards a picture's memory.
 enum class Guard {
-    Moat,      ///< heap; marked bytes before, behind and between the rows, compared by Check
-    PageEnd,   ///< each row ends where an unreadable page starts: reading one byte past it faults
-    PageStart, ///< each row starts where an unreadable page ends: reading one byte before it faults
+    Moat,       ///< heap; marked bytes before, behind and between the rows, compared by Check
+    PageEnd,    ///< each row ends where an unreadable page starts: reading one byte past it faults
+    PageStart,  ///< each row starts where an unreadable page ends: reading one byte before it faults
+    PictureEnd, ///< rows follow each other as a host's do; the last one in memory ends at an unreadable page
+    PictureStart, ///< rows follow each other as a host's do; the first one in memory starts at one
 };
 
 /// How a picture lies in memory.
 struct PictureLayout {
     Guard guard = Guard::Moat;
-    std::int32_t slack = 0; ///< bytes between the rows; Moat only, the pages leave unreadable ones anyway
+    std::int32_t slack =
+        0; ///< bytes between the rows; not for PageEnd and PageStart, which leave unreadable ones
     std::int32_t shift = 0; ///< bytes off 64-byte alignment, 0 to 63; Moat only
     bool upward = false;    ///< negative stride: row 0 is the last one in memory
     bool bottomUp = false;  ///< the record's flag; moves nothing
@@ -157,6 +160,9 @@ public:
 
 private:
     std::uint8_t* MemoryRow(std::int32_t y) const; // counted from the lowest address
+    std::size_t StretchOffset(std::size_t stretch) const;
+    void SetReadOnly(bool readOnly);
+    testing::AssertionResult PagesIntact(std::size_t rowBytes) const;
     template <class Put>
     void ForEachElement(Put put);
 
@@ -170,7 +176,8 @@ private:
     std::vector<std::uint8_t> m_heap;
     std::uint8_t* m_heapRows = nullptr; // the lowest row in m_heap
     std::unique_ptr<GuardPages> m_pages;
-    std::size_t m_openBytes = 0; // of each row's pages
+    std::size_t m_openBytes = 0; // of each stretch of open pages
+    std::size_t m_stretches = 0; // one for each row or for the whole picture
     std::vector<std::uint8_t> m_frozen;
     bool m_isFrozen = false;
 };

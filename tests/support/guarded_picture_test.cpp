@@ -94,7 +94,9 @@ TEST_P(EveryGuard, FrozenPicture_CanBeReadAndThawed)
     EXPECT_EQ(picture.Byte(5, 2, 3), 8);
 }
 
-INSTANTIATE_TEST_SUITE_P(Guards, EveryGuard, testing::Values(Guard::Moat, Guard::PageEnd, Guard::PageStart));
+INSTANTIATE_TEST_SUITE_P(Guards, EveryGuard,
+                         testing::Values(Guard::Moat, Guard::PageEnd, Guard::PageStart, Guard::PictureEnd,
+                                         Guard::PictureStart));
 
 TEST(GuardedPicture_Moat, AnyGuardByte_Changed_IsFoundAndNamed)
 {
@@ -190,6 +192,36 @@ TEST(GuardedPicture_Pages, ReadableBytesBesideTheRow_AreWatchedToo)
     Poke(start.Row(2) + 20, 0);
     EXPECT_FALSE(start.Intact());
     Poke(start.Row(2) + 20, GuardedPicture::kMark);
+}
+
+TEST(GuardedPictureDeathTest, PictureEnd_OneByteBehindTheLastRowInMemory_Faults)
+{
+    GuardedPicture picture(5, 3, PF_BGRA8, {.guard = Guard::PictureEnd, .slack = 8, .upward = true});
+    EXPECT_EQ(picture.Stride(), -28);
+    EXPECT_EQ(Touch(picture.Row(0) + 19), 0);
+    EXPECT_DEATH(Touch(picture.Row(0) + 20), KELMORA_FAULT("byte 0 past the end of stretch 0"));
+}
+
+TEST(GuardedPictureDeathTest, PictureStart_OneByteBeforeTheFirstRowInMemory_Faults)
+{
+    GuardedPicture picture(5, 3, PF_BGRA8, {.guard = Guard::PictureStart});
+    EXPECT_EQ(picture.Stride(), 20);
+    EXPECT_EQ(Touch(picture.Row(0)), 0);
+    EXPECT_DEATH(Touch(picture.Row(0) - 1), KELMORA_FAULT("1 bytes before stretch 0"));
+}
+
+TEST(GuardedPicture_Pages, ReadableBytesAroundAndBetweenTheRowsOfOneStretch_AreWatchedToo)
+{
+    for (const Guard guard : {Guard::PictureEnd, Guard::PictureStart}) {
+        GuardedPicture picture(5, 3, PF_BGRA8, {.guard = guard, .slack = 8});
+        const std::ptrdiff_t outside = guard == Guard::PictureEnd ? -1 : 2 * 28 + 20;
+        for (const std::ptrdiff_t offset : {std::ptrdiff_t{20}, std::ptrdiff_t{28 + 27}, outside}) {
+            Poke(picture.Row(0) + offset, 0);
+            EXPECT_FALSE(picture.Intact()) << offset;
+            Poke(picture.Row(0) + offset, GuardedPicture::kMark);
+            EXPECT_TRUE(picture.Intact()) << offset;
+        }
+    }
 }
 
 TEST(GuardedPicture_Colours, SetColour_FollowsTheFormatsOrder)

@@ -15,7 +15,6 @@
 
 #include "effects/scene3d/confetti_face.h"
 #include "tests/effects/scene3d/transitions.h"
-#include "tests/support/failing_new.h"
 
 namespace kelmora {
 namespace {
@@ -311,73 +310,6 @@ TEST_P(EveryScene, Render_AnOutputThatIsGone_IsNotTouchedAgain)
     EXPECT_TRUE(Render(*effect, host, moment, in, out));
     RenderFresh(GetParam(), kSome, moment, in, expected);
     EXPECT_TRUE(Equal(out, expected));
-}
-
-TEST_P(EveryScene, Render_OperatorNewRefused_IsTrueAndStaysInsideAndRecovers)
-{
-    if (!FailingNew::Works())
-        return;
-    const GuardedPicture in = Noisy(20, 16, PF_BGRA8, 1), second = Noisy(20, 16, PF_BGRA8, 2);
-    const GuardedPicture before = Noisy(20, 16, PF_BGRA8, 3);
-    QuietHost host(Levels(GetParam(), kSome));
-    VideoFrame first = in.Frame(), next = second.Frame();
-    RenderInfo info = MakeInfo(AtProgress(0.4));
-    Moment moment;
-    moment.second = &second;
-    GuardedPicture expected = before;
-    RenderFresh(GetParam(), kSome, moment, in, expected);
-    for (const bool fromThenOn : {false, true}) {
-        bool wasRefused = true;
-        std::uint64_t n = 0;
-        for (; wasRefused; n += n < 40 ? 1 : 17) {
-            ASSERT_LT(n, 100000u);
-            const HeldEffect effect = NewEffect(GetParam());
-            const GuardedPicture out = before;
-            VideoFrame output = out.Frame();
-            bool result = false;
-            {
-                const FailingNew scope(fromThenOn ? FailingNew::kNever : n,
-                                       fromThenOn ? n : FailingNew::kNever);
-                result = effect->Render(&host, &first, &next, &output, &info);
-                wasRefused = scope.Refused() != 0;
-            }
-            EXPECT_TRUE(result) << n;
-            out.Check();
-            const GuardedPicture again = before;
-            output = again.Frame();
-            EXPECT_TRUE(effect->Render(&host, &first, &next, &output, &info));
-            EXPECT_TRUE(Equal(again, expected)) << n;
-        }
-        EXPECT_GT(n, 1u) << "no memory was asked for";
-    }
-}
-
-TEST_P(EveryScene, Render_AnyBlockRefused_StaysInsideAndRecovers)
-{
-    for (const std::uint32_t format : {PF_BGRA8, PF_ARGB32F})
-        for (const bool fromThenOn : {false, true}) {
-            bool wasRefused = true;
-            for (std::uint64_t n = 0; wasRefused; n += n < 20 ? 1 : 7) {
-                ASSERT_LT(n, 10000u);
-                MemoryHabits habits;
-                (fromThenOn ? habits.refuseFrom : habits.refuseOnly) = n;
-                FakeMemoryProvider memory(habits);
-                FakeHost host(Levels(GetParam(), kSome));
-                host.SetMemory(&memory);
-                const HeldEffect effect = NewEffect(GetParam());
-                const GuardedPicture in = Noisy(20, 16, format, 1), before = Noisy(20, 16, format, 2);
-                GuardedPicture out = before;
-                EXPECT_TRUE(Render(*effect, host, in, out));
-                EXPECT_EQ(memory.OpenBlocks(), 0u);
-                wasRefused = memory.Refused() != 0;
-                out.Check();
-                memory.SetHabits({});
-                GuardedPicture again = before, expected = before;
-                EXPECT_TRUE(Render(*effect, host, in, again));
-                RenderFresh(GetParam(), kSome, in, expected);
-                EXPECT_TRUE(Equal(again, expected)) << n;
-            }
-        }
 }
 
 TEST_P(EveryScene, Render_PicturesOfOtherFormatsAndSizes_StaysInsideThePictures)
