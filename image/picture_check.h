@@ -35,7 +35,7 @@ constexpr bool IsEmpty(Size size)
 /// labels say: bytes are what counts.
 inline bool Holds(const FrameBuffer& picture, int width, int bytes)
 {
-    return picture.GetPixels() && picture.GetWidth() >= 1 && picture.GetHeight() >= 1
+    return picture.GetPixels() && picture.GetWidth() >= 1 && picture.GetHeight() >= 1 && bytes >= 1
         && bytes <= picture.GetPixelBytes()
         && static_cast<std::int64_t>(width) * bytes <= picture.GetStride();
 }

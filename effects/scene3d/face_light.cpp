@@ -146,8 +146,7 @@ double MeanOf(const FrameBuffer& picture, const Part& part, std::int64_t area)
 void ApplyLight(FrameBuffer& picture, double light)
 {
     const std::uint32_t format = picture.GetFormat();
-    if (format == PF_Packed8 && picture.GetPixelBytes() >= 1
-        && Holds(picture, picture.GetWidth(), picture.GetPixelBytes()))
+    if (format == PF_Packed8 && Holds(picture, picture.GetWidth(), picture.GetPixelBytes()))
         LightPacked(picture, light);
     if (!IsPicture(format) || picture.GetPixelBytes() != PixelBytesOf(format)
         || !Holds(picture, picture.GetWidth(), PixelBytesOf(format)))

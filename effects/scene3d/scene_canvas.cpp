@@ -87,7 +87,7 @@ void SceneCanvas::CopyFrom(const FrameBuffer& picture, std::uint32_t padColour)
 
 void SceneCanvas::Fill(std::uint32_t colour, bool clearAlpha)
 {
-    if (!IsValid() || GetPixelBytes() < 1 || !Holds(*this, canvasWidth, GetPixelBytes()))
+    if (!IsValid() || !Holds(*this, canvasWidth, GetPixelBytes()))
         return;
     const Colour fill = ColourOf(colour);
     if (fill.r == 0 && fill.g == 0 && fill.b == 0) {

@@ -37,6 +37,8 @@ TEST(PictureCheck, Holds_GoesByTheBytesOfARow)
     EXPECT_TRUE(Holds(Labelled(memory, 4, 2, 16, 4), 4, 4));
     EXPECT_FALSE(Holds(Labelled(memory, 4, 2, 15, 4), 4, 4));
     EXPECT_FALSE(Holds(Labelled(memory, 4, 2, 64, 4), 4, 16)); // larger pixels than it says to have
+    EXPECT_FALSE(Holds(Labelled(memory, 4, 2, 16, 0), 4, 0));
+    EXPECT_FALSE(Holds(Labelled(memory, 4, 2, 16, -4), 4, -4));
     EXPECT_FALSE(Holds(Labelled(nullptr, 4, 2, 16, 4), 4, 4));
     EXPECT_FALSE(Holds(Labelled(memory, 0, 2, 16, 4), 0, 4));
     EXPECT_FALSE(Holds(Labelled(memory, 4, 0, 16, 4), 4, 4));
