@@ -2,15 +2,16 @@
 #include <type_traits>
 
 #include "image/exact_math.h"
-#include "image/hsv.h"
 #include "image/image_ops.h"
 #include "image/levels.h"
 #include "image/picture_check.h"
 #include "image/pixel_format.h"
 #include "image/pixel_layouts.h"
 #include "image/primitives/arithmetic.h"
+#include "image/primitives/byte_kernels.h"
 #include "image/primitives/colour.h"
 #include "image/primitives/detail/loose_float.h"
+#include "image/primitives/hsv_kernels.h"
 #include "image/primitives/ycbcr.h"
 
 namespace kelmora {
@@ -43,52 +44,11 @@ bool HoldPictures(const FrameBuffer& src, const FrameBuffer& dst, Size size)
 
 // --- hue, saturation, value -----------------------------------------------------------------------------
 
-template <class P>
-void FloatsToHsv(const LooseFloat* from, LooseFloat* to)
+bool MapRows(const FrameBuffer& src, FrameBuffer& dst, Size size, HsvKernels::Row row)
 {
-    const float alpha = from[P::a];
-    const HsvColour hsv = PixelRGBToHSV({from[P::r], from[P::g], from[P::b]});
-    to[0] = hsv.hue;
-    to[1] = hsv.saturation;
-    to[2] = hsv.value;
-    to[3] = alpha;
-}
-
-template <class P>
-void FloatsToRgb(const LooseFloat* from, LooseFloat* to)
-{
-    const float alpha = from[3];
-    const RgbColour rgb = PixelHSVToRGB({from[0], from[1], from[2]});
-    to[P::r] = rgb.red;
-    to[P::g] = rgb.green;
-    to[P::b] = rgb.blue;
-    to[P::a] = alpha;
-}
-
-std::uint8_t TruncatedByte(float level)
-{
-    return TruncateToByte(static_cast<double>(level) * 255.0);
-}
-
-void ArgbToHsv(const std::uint8_t* from, std::uint8_t* to)
-{
-    const std::uint8_t alpha = from[Argb8::a];
-    const HsvColour hsv =
-        PixelRGBToHSV({LevelOf(from[Argb8::r]), LevelOf(from[Argb8::g]), LevelOf(from[Argb8::b])});
-    to[0] = TruncatedByte(hsv.hue);
-    to[1] = TruncatedByte(hsv.saturation);
-    to[2] = TruncatedByte(hsv.value);
-    to[3] = alpha;
-}
-
-void ArgbToRgb(const std::uint8_t* from, std::uint8_t* to)
-{
-    const std::uint8_t alpha = from[3];
-    const RgbColour rgb = PixelHSVToRGB({LevelOf(from[0]), LevelOf(from[1]), LevelOf(from[2])});
-    to[Argb8::r] = TruncatedByte(rgb.red);
-    to[Argb8::g] = TruncatedByte(rgb.green);
-    to[Argb8::b] = TruncatedByte(rgb.blue);
-    to[Argb8::a] = alpha;
+    for (int y = 0; y < size.height; ++y)
+        row(src.PixelAddress(0, y, 0), dst.PixelAddress(0, y, 0), size.width);
+    return true;
 }
 
 // --- tint -----------------------------------------------------------------------------------------------
@@ -128,13 +88,22 @@ void TintFloats(const FrameBuffer& src, FrameBuffer& dst, Size size, TintColour 
 template <class P>
 void TintBytes(const FrameBuffer& src, FrameBuffer& dst, Size size, TintColour colour)
 {
-    ForPixels<P>(src, dst, size, [=](const std::uint8_t* from, std::uint8_t* to) {
-        const double luma = Luma(from[P::r], from[P::g], from[P::b]) * kByteUnit;
-        to[P::r] = TruncateToByte(luma * colour.red);
-        to[P::g] = TruncateToByte(luma * colour.green);
-        to[P::b] = TruncateToByte(luma * colour.blue);
-        to[P::a] = TruncateToByte(luma);
-    });
+    TintRow row = {};
+    row.pixels = size.width;
+    const auto setChannel = [&row](int place, int luma, int level) {
+        row.luma[place] = static_cast<std::int16_t>(luma);
+        row.scale[place] = level * kByteUnit / 1000.0;
+    };
+    setChannel(P::r, 298, colour.red);
+    setChannel(P::g, 586, colour.green);
+    setChannel(P::b, 113, colour.blue);
+    const ByteKernels& kernels = ByteKernelsFor(CurrentVariant());
+    const auto tint = P::a == 0 ? kernels.tintAlphaFirst : kernels.tintAlphaLast;
+    for (int y = 0; y < size.height; ++y) {
+        row.src = src.PixelAddress(0, y, 0);
+        row.dst = dst.PixelAddress(0, y, 0);
+        tint(row);
+    }
 }
 
 // --- the four knobs of a colour ---------------------------------------------------------------------------
@@ -263,16 +232,14 @@ bool ImageOps::RGBToHSV(const FrameBuffer& src, FrameBuffer& dst)
     const Size size = CommonSize(src, dst);
     if (!HoldPictures(src, dst, size))
         return false;
+    const HsvKernels& kernels = HsvKernelsFor(CurrentVariant());
     switch (src.GetFormat()) {
     case PF_BGRA32F:
-        ForPixels<Bgra32F>(src, dst, size, FloatsToHsv<Bgra32F>);
-        return true;
+        return MapRows(src, dst, size, kernels.bgra32fToHsv);
     case PF_ARGB32F:
-        ForPixels<Argb32F>(src, dst, size, FloatsToHsv<Argb32F>);
-        return true;
+        return MapRows(src, dst, size, kernels.argb32fToHsv);
     case PF_ARGB8:
-        ForPixels<Argb8>(src, dst, size, ArgbToHsv);
-        return true;
+        return MapRows(src, dst, size, kernels.argb8ToHsv);
     default:
         return Copy(src, dst)
             && pxRGBToHSV_8u_A3(src.GetPixels(), src.GetStride(), dst.GetPixels(), dst.GetStride(),
@@ -286,16 +253,14 @@ bool ImageOps::HSVToRGB(const FrameBuffer& src, FrameBuffer& dst)
     const Size size = CommonSize(src, dst);
     if (!HoldPictures(src, dst, size))
         return false;
+    const HsvKernels& kernels = HsvKernelsFor(CurrentVariant());
     switch (src.GetFormat()) {
     case PF_BGRA32F:
-        ForPixels<Bgra32F>(src, dst, size, FloatsToRgb<Bgra32F>);
-        return true;
+        return MapRows(src, dst, size, kernels.bgra32fToRgb);
     case PF_ARGB32F:
-        ForPixels<Argb32F>(src, dst, size, FloatsToRgb<Argb32F>);
-        return true;
+        return MapRows(src, dst, size, kernels.argb32fToRgb);
     case PF_ARGB8:
-        ForPixels<Argb8>(src, dst, size, ArgbToRgb);
-        return true;
+        return MapRows(src, dst, size, kernels.argb8ToRgb);
     default:
         return pxHSVToRGB_8u_A3(src.GetPixels(), src.GetStride(), dst.GetPixels(), dst.GetStride(),
                                 size.width, size.height)

@@ -8,10 +8,10 @@
 #include "image/primitives/arithmetic.h"
 #include "image/primitives/channels.h"
 #include "image/primitives/composite.h"
+#include "image/primitives/convert_kernels.h"
 #include "image/primitives/cpu_variant.h"
 #include "image/primitives/detail/byte_product.h"
 #include "image/primitives/detail/loose_float.h"
-#include "image/primitives/detail/map.h"
 #include "image/primitives/row_kernels.h"
 #include "image/primitives/set.h"
 
@@ -19,7 +19,6 @@ namespace kelmora {
 namespace {
 
 using px::LooseFloat;
-using px::Word;
 
 Size CommonSize(const FrameBuffer& a, const FrameBuffer& b, const FrameBuffer& c)
 {
@@ -63,33 +62,6 @@ constexpr Conversion ConversionOf(std::uint32_t src, std::uint32_t dst)
     const bool same = IsAlphaFirst(src) == IsAlphaFirst(dst);
     const bool reverses = (src == PF_BGRA8 && dst == PF_ARGB32F) || (src == PF_ARGB32F && dst == PF_BGRA8);
     return {(toFloat || toByte) && (same || reverses), reverses};
-}
-
-template <bool reverses>
-void ToFloats(const std::uint8_t* __restrict from, LooseFloat* __restrict to, int width)
-{
-    for (std::ptrdiff_t x = 0; x < width; ++x)
-        for (int c = 0; c < 4; ++c)
-            to[4 * x + c] = LevelOf(from[4 * x + (reverses ? 3 - c : c)]);
-}
-
-template <bool reverses>
-void ToBytes(const LooseFloat* __restrict from, std::uint8_t* __restrict to, int width)
-{
-    // A step of its own to whole numbers, so that both steps become vectors.
-    std::int32_t levels[4 * px::kBlockPixels];
-    std::uint8_t bytes[4 * px::kBlockPixels];
-    for (int first = 0; first < width; first += px::kBlockPixels) {
-        const int count = std::min(px::kBlockPixels, width - first);
-        for (int i = 0; i < 4 * count; ++i)
-            levels[i] = ByteOf(from[i]);
-        for (int i = 0; i < 4 * count; ++i)
-            bytes[i] = static_cast<std::uint8_t>(levels[i]);
-        const auto reversed = [](Word pixel) { return reverses ? __builtin_bswap32(pixel) : pixel; };
-        px::MapPixelRow(bytes, to, count, reversed);
-        from += 4 * px::kBlockPixels;
-        to += 4 * px::kBlockPixels;
-    }
 }
 
 // --- alpha ----------------------------------------------------------------------------------------------
@@ -305,14 +277,11 @@ bool ImageOps::Convert(const FrameBuffer& src, FrameBuffer& dst)
     if (!conversion.served || !Holds(src, size.width, PixelBytesOf(from))
         || !Holds(dst, size.width, PixelBytesOf(to)))
         return false;
-    for (int y = 0; y < size.height; ++y) {
-        if (IsFloat(to))
-            (conversion.reverses ? ToFloats<true> : ToFloats<false>)(src.PixelAddress(0, y, 0),
-                                                                     WriteFloats(dst, y), size.width);
-        else
-            (conversion.reverses ? ToBytes<true> : ToBytes<false>)(ReadFloats(src, y),
-                                                                   dst.PixelAddress(0, y, 0), size.width);
-    }
+    const ConvertKernels& kernels = ConvertKernelsFor(CurrentVariant());
+    const auto row = IsFloat(to) ? (conversion.reverses ? kernels.toFloatsReversed : kernels.toFloats)
+                                 : (conversion.reverses ? kernels.toBytesReversed : kernels.toBytes);
+    for (int y = 0; y < size.height; ++y)
+        row(src.PixelAddress(0, y, 0), dst.PixelAddress(0, y, 0), size.width);
     return true;
 }
 

@@ -28,12 +28,4 @@ constexpr Real ClampLevel(Real value)
     return positive < Real(1) ? positive : Real(1);
 }
 
-/// A level as a byte, to nearest.
-constexpr std::uint8_t ByteOf(float level)
-{
-    const double half =
-        ClampLevel(static_cast<double>(level)) * 255.0 + 0.5; // truncation makes it the nearest
-    return static_cast<std::uint8_t>(static_cast<int>(half));
-}
-
 } // namespace kelmora

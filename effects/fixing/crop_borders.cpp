@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "effects/common/knob_reader.h"
+#include "effects/fixing/crop_borders_float_rows.h"
 #include "effects/fixing/crop_borders_plan.h"
 #include "effects/fixing/crop_borders_rows.h"
 #include "image/image_ops.h"
@@ -13,6 +14,7 @@ namespace {
 
 using crop_borders::Crop;
 using crop_borders::CropRows;
+using crop_borders::FloatCropRows;
 using crop_borders::Knobs;
 using crop_borders::Rect;
 using crop_borders::Style;
@@ -36,27 +38,14 @@ Crop MakeCrop(const Knobs& knobs, Size size, bool halfHeight)
             crop_borders::FeatherWidth(feather, halfHeight), feather};
 }
 
-/// All channels of a picture of floats to 0..1; nothing in others.
-void ClampPicture(FrameBuffer& frame)
-{
-    if (!IsFloatColour(frame.GetFormat()))
-        return;
-    FrameBuffer levels; // one format serves both channel orders
-    levels.Attach(frame.GetPixels(), frame.GetWidth(), frame.GetHeight(), frame.GetStride(),
-                  frame.GetPixelBytes(), PF_BGRA32F, frame.IsBottomUp());
-    ImageOps ops;
-    ops.ClampFloats(levels);
-}
-
 /// The kept part on the whole of `zoomed`, a picture of `src`'s size.
 bool Zoom(const FrameBuffer& src, FrameBuffer& zoomed, const Rect& kept)
 {
+    if (IsFloatColour(src.GetFormat()))
+        return crop_borders::ZoomFloats(src, zoomed, kept, {0, 0, 0, 0});
     ImageOps ops;
-    if (!ops.ResizeRect(src, zoomed, kept.left, kept.top, kept.right, kept.bottom, 0, 0, zoomed.GetWidth(),
-                        zoomed.GetHeight(), 2, 0, 0))
-        return false;
-    ClampPicture(zoomed); // cubic taps overshoot
-    return true;
+    return ops.ResizeRect(src, zoomed, kept.left, kept.top, kept.right, kept.bottom, 0, 0, zoomed.GetWidth(),
+                          zoomed.GetHeight(), 2, 0, 0);
 }
 
 /// A new plane for a mask of the picture.
@@ -95,6 +84,29 @@ bool MakeCropMask(FrameBuffer& mask, const Crop& crop, MemoryAllocator& allocato
         && ops.CopyChannel(shape, mask, 0, 0);
 }
 
+template <class Rows>
+bool OverlayRows(Rows& rows, MemoryAllocator& allocator)
+{
+    if (!rows.Begin(allocator) || !rows.ZoomGround())
+        return false;
+    rows.Overlay();
+    return true;
+}
+
+/// Without memory the kept part is extended all the same.
+template <class Rows>
+bool TransparentRows(Rows& rows, const FrameBuffer& src, FrameBuffer& dst, const Rect& kept,
+                     MemoryAllocator& allocator)
+{
+    if (!rows.Begin(allocator)) {
+        ImageOps ops;
+        ops.ExtendBorder(src, dst, kept.left, kept.top);
+        return false;
+    }
+    rows.Transparent();
+    return true;
+}
+
 // Kept: AlphaOver weighs both pictures together in alpha-first bytes and each by itself in alpha-last ones, where two
 // results are cut to whole levels. So Overlay comes out up to a level lower in the latter.
 
@@ -102,12 +114,10 @@ bool MakeCropMask(FrameBuffer& mask, const Crop& crop, MemoryAllocator& allocato
 bool OverlayCrop(const FrameBuffer& src, FrameBuffer& dst, const Crop& crop, MemoryAllocator& allocator)
 {
     ImageOps ops;
-    if (CropRows rows(src, dst, crop); rows.AreServed()) {
-        if (!rows.Begin(allocator) || !rows.ZoomGround())
-            return false;
-        rows.Overlay();
-        return true;
-    }
+    if (CropRows rows(src, dst, crop); rows.AreServed())
+        return OverlayRows(rows, allocator);
+    if (FloatCropRows rows(src, dst, crop); rows.AreServed())
+        return OverlayRows(rows, allocator);
     const int alpha = AlphaIndex(src.GetFormat());
     FrameBuffer mask, zoomed;
     return AllocateMask(mask, src, allocator) && AllocateLike(zoomed, src, SizeOf(src), allocator)
@@ -122,14 +132,10 @@ bool OverlayCrop(const FrameBuffer& src, FrameBuffer& dst, const Crop& crop, Mem
 bool TransparentCrop(const FrameBuffer& src, FrameBuffer& dst, const Crop& crop, MemoryAllocator& allocator)
 {
     ImageOps ops;
-    if (CropRows rows(src, dst, crop); rows.AreServed()) {
-        if (!rows.Begin(allocator)) {
-            ops.ExtendBorder(src, dst, crop.kept.left, crop.kept.top);
-            return false;
-        }
-        rows.Transparent();
-        return true;
-    }
+    if (CropRows rows(src, dst, crop); rows.AreServed())
+        return TransparentRows(rows, src, dst, crop.kept, allocator);
+    if (FloatCropRows rows(src, dst, crop); rows.AreServed())
+        return TransparentRows(rows, src, dst, crop.kept, allocator);
     const int alpha = AlphaIndex(src.GetFormat());
     const int colour = 3 - alpha;
     FrameBuffer mask, backdrop, carrier;

@@ -45,6 +45,13 @@ constexpr Rect KeptRect(const Knobs& knobs, int width, int height)
             Truncate((1.0 - cropX) * width + 0.5), Truncate((1.0 - cropY) * height + 0.5)};
 }
 
+/// Whether the rectangle holds something, all of it in a picture of `width` by `height` pixels.
+constexpr bool LiesInside(const Rect& rect, int width, int height)
+{
+    return rect.left >= 0 && rect.left < rect.right && rect.right <= width && rect.top >= 0
+        && rect.top < rect.bottom && rect.bottom <= height;
+}
+
 /// Vertical size of the blur that softens the kept part's edge, in pixels, not yet whole: up to 15 % of the
 /// height.
 constexpr float FeatherSize(float feather, int height)

@@ -12,9 +12,6 @@
 namespace kelmora::crop_borders {
 namespace {
 
-/// Smaller pictures have no inside that a blur could start from.
-constexpr int kLeastSide = 16;
-
 /// Rows and columns that a blur loses at every edge.
 constexpr int kLost = 2;
 
@@ -70,8 +67,7 @@ bool CropRows::AreServed() const
 {
     const Rect& kept = m_crop.kept;
     return IsByteColour(m_src.GetFormat()) && HasWholePixelRows(m_src) && HasWholePixelRows(m_dst)
-        && m_width >= kLeastSide && m_height >= kLeastSide && kept.left >= 0 && kept.left < kept.right
-        && kept.right <= m_width && kept.top >= 0 && kept.top < kept.bottom && kept.bottom <= m_height
+        && m_width >= kLeastSide && m_height >= kLeastSide && LiesInside(kept, m_width, m_height)
         && 2 * kept.left < m_width && 2 * kept.top < m_height;
 }
 

@@ -12,6 +12,9 @@ struct Crop {
     float featherX, featherY;
 };
 
+/// Smaller pictures have no inside that a blur could start from.
+inline constexpr int kLeastSide = 16;
+
 /// The two styles with a soft edge as one pass over the rows of byte pictures, without a mask or any other scratch
 /// picture: a blurred rectangle's rows differ in nothing but the level that they have inside, of which there are
 /// 256, so a table of that many rows holds the whole mask.

@@ -2,19 +2,10 @@
 
 #include "effects/painterly/color_melt_kernels.h"
 #include "effects/painterly/edge_lift_pixels.h"
+#include "image/primitives/detail/hsv_bytes.h"
 
 namespace kelmora::KELMORA_VARIANT {
 namespace {
-
-KELMORA_INLINE F32 Least(F32 a, F32 b)
-{
-    return a < b ? a : b;
-}
-
-KELMORA_INLINE F32 Most(F32 a, F32 b)
-{
-    return a > b ? a : b;
-}
 
 // --- bytes --------------------------------------------------------------------------------------------
 
@@ -26,65 +17,6 @@ struct Bgra : LiftBgra {
 struct Argb : LiftArgb {
     static constexpr int r = 8, g = 16, b = 24;
 };
-
-KELMORA_INLINE F32 Channel(U32 pixels, int shift)
-{
-    return ToFloat((I32)((pixels >> shift) & 0xFFu));
-}
-
-/// Hue 0 to 255 for a full turn from blue by green to red, saturation and value in bytes: exact quotients of
-/// whole numbers, to nearest, all of them small enough for single precision.
-struct Hsv {
-    F32 hue, saturation, value;
-};
-
-KELMORA_INLINE F32 Nearest(F32 v)
-{
-    return ToFloat(Round(v));
-}
-
-KELMORA_INLINE Hsv ToHsv(F32 b, F32 g, F32 r)
-{
-    const F32 zero = {};
-    const F32 most = Most(Most(b, g), r);
-    const F32 range = most - Least(Least(b, g), r);
-    const F32 safeRange = range == zero ? zero + 1.0f : range;
-    const F32 safeMost = most == zero ? zero + 1.0f : most;
-    // In units of the range, from blue on: two to green, two more to red.
-    const F32 fromGreen = most == g ? r - b + 2.0f * range : b - g + 4.0f * range;
-    const F32 turn = most == b ? g - r : fromGreen;
-    const F32 forward = turn < zero ? turn + 6.0f * range : turn;
-    return {Nearest(85.0f * forward / (2.0f * safeRange)), Nearest(255.0f * range / safeMost), most};
-}
-
-template <class P>
-KELMORA_INLINE U32 FromHsv(const Hsv& hsv)
-{
-    const F32 zero = {};
-    // In 85ths of a sixth of a turn; the last sixth counts from below blue.
-    const F32 twice = hsv.hue + hsv.hue;
-    const F32 turn = hsv.hue > zero + 212.5f ? twice - 510.0f : twice;
-    const auto aboveBlue = turn >= zero + 85.0f;
-    const auto aboveGreen = turn >= zero + 255.0f;
-    const F32 centre = aboveGreen ? zero + 340.0f : aboveBlue ? zero + 170.0f : zero;
-    const F32 offset = turn - centre;
-    const auto before = offset < zero;
-    const F32 distance = before ? -offset : offset;
-
-    const F32 unsaturated = 255.0f - hsv.saturation;
-    // No quotient lies near enough to a half for a reciprocal to be wrong.
-    const F32 low = Nearest(hsv.value * unsaturated * (1.0f / 255.0f));
-    const F32 middle =
-        Nearest(hsv.value * (85.0f * unsaturated + distance * hsv.saturation) * (1.0f / 21675.0f));
-
-    // The channels that follow the strongest one and come before it.
-    const F32 next = before ? low : middle;
-    const F32 last = before ? middle : low;
-    const F32 b = aboveGreen ? next : aboveBlue ? last : hsv.value;
-    const F32 g = aboveGreen ? last : aboveBlue ? hsv.value : next;
-    const F32 r = aboveGreen ? hsv.value : aboveBlue ? next : last;
-    return (U32)Truncate(b) << P::b | (U32)Truncate(g) << P::g | (U32)Truncate(r) << P::r;
-}
 
 KELMORA_INLINE F32 OnLine(F32 x, const ByteLine& line)
 {
@@ -104,7 +36,7 @@ KELMORA_INLINE F32 LookUp(F32 x, const uint8_t* table)
 template <class P, bool straight>
 KELMORA_INLINE U32 DriveColours(U32 pixels, const MeltLook& look)
 {
-    Hsv hsv = ToHsv(Channel(pixels, P::b), Channel(pixels, P::g), Channel(pixels, P::r));
+    HsvBytes hsv = ToHsvBytes(Channel(pixels, P::b), Channel(pixels, P::g), Channel(pixels, P::r));
     if constexpr (straight) {
         hsv.saturation = OnLine(hsv.saturation, look.saturationLine);
         hsv.value = OnLine(hsv.value, look.valueLine);
@@ -112,7 +44,7 @@ KELMORA_INLINE U32 DriveColours(U32 pixels, const MeltLook& look)
         hsv.saturation = LookUp(hsv.saturation, look.saturations);
         hsv.value = LookUp(hsv.value, look.values);
     }
-    return FromHsv<P>(hsv) | (pixels & P::alphaMask);
+    return FromHsvBytes<P>(hsv) | (pixels & P::alphaMask);
 }
 
 /// (a * weightA + b * weightB) / 255, toward zero, at most 255.

@@ -1,6 +1,6 @@
 #include "image/primitives/arithmetic.h"
 
-#include "image/primitives/detail/byte_product.h"
+#include "image/primitives/byte_kernels.h"
 #include "image/primitives/detail/layout.h"
 #include "image/primitives/detail/loose_float.h"
 #include "image/primitives/detail/map.h"
@@ -18,7 +18,6 @@ struct Plus {
 
 struct Times {
     float operator()(float v, float constant) const { return v * constant; }
-    u8 operator()(u8 v, u8 constant) const { return ByteProduct(v, constant); }
 };
 
 /// dst = op(src, the channel's constant).
@@ -42,11 +41,43 @@ PxStatus WithConstants(const Constant* consts, T* pixels, int step, int width, i
 }
 
 template <class L>
+PxStatus MulScaled(const u8* consts, u8* pixels, int step, int width, int height)
+{
+    if (!consts)
+        return pxNullPointer;
+    if (const PxStatus status = CheckRegions<L, L>(pixels, step, pixels, step, width, height))
+        return status;
+    ScaleRow row = {};
+    row.count = width * L::channels;
+    for (int i = 0; i < 4; ++i)
+        row.constants[i] = consts[i % L::channels];
+    const auto scale = ByteKernelsFor(CurrentVariant()).scale;
+    for (int y = 0; y < height; ++y) {
+        row.values = Row(pixels, step, y);
+        scale(row);
+    }
+    return pxOk;
+}
+
+template <class L>
+PxStatus Average(const u8* src, int srcStep, u8* dst, int dstStep, int width, int height)
+{
+    if (const PxStatus status = CheckRegions<L, L>(src, srcStep, dst, dstStep, width, height))
+        return status;
+    const auto average = ByteKernelsFor(CurrentVariant()).average;
+    for (int y = 0; y < height; ++y)
+        average(Row(src, srcStep, y), Row(dst, dstStep, y), width * L::channels);
+    return pxOk;
+}
+
+template <class L>
 PxStatus AddScaled(const u8* src, int srcStep, u8* dst, int dstStep, int width, int height, int scale)
 {
     const auto saturated = [](int v) { return static_cast<u8>(v < 255 ? v : 255); };
     if (scale > 9) // the largest sum is below half of the smallest unit
         return Accumulate<L>(src, srcStep, dst, dstStep, width, height, [](u8, u8) { return u8{0}; });
+    if (scale == 1)
+        return Average<L>(src, srcStep, dst, dstStep, width, height);
     if (scale > 0) {
         const int half = (1 << (scale - 1)) - 1;
         return Accumulate<L>(src, srcStep, dst, dstStep, width, height, [=](u8 a, u8 b) {
@@ -70,8 +101,8 @@ PxStatus pxMulConst_32f_C4_I(const float k[4], float* p, int step, int w, int h)
 
 PxStatus pxAdd_32f_C4_I(const float* s, int ss, float* d, int ds, int w, int h) { return Accumulate<C4>(Loose(s), ss, Loose(d), ds, w, h, Plus{}); }
 
-PxStatus pxMulConstScaled_8u_C1_I(u8 k, u8* p, int step, int w, int h)          { return WithConstants<C1>(&k, p, step, w, h, Times{}); }
-PxStatus pxMulConstScaled_8u_C4_I(const u8 k[4], u8* p, int step, int w, int h) { return WithConstants<C4>(k, p, step, w, h, Times{}); }
+PxStatus pxMulConstScaled_8u_C1_I(u8 k, u8* p, int step, int w, int h)          { return MulScaled<C1>(&k, p, step, w, h); }
+PxStatus pxMulConstScaled_8u_C4_I(const u8 k[4], u8* p, int step, int w, int h) { return MulScaled<C4>(k, p, step, w, h); }
 
 PxStatus pxAddScaled_8u_C1_I(const u8* s, int ss, u8* d, int ds, int w, int h, int scale) { return AddScaled<C1>(s, ss, d, ds, w, h, scale); }
 PxStatus pxAddScaled_8u_C4_I(const u8* s, int ss, u8* d, int ds, int w, int h, int scale) { return AddScaled<C4>(s, ss, d, ds, w, h, scale); }

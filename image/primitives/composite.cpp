@@ -1,8 +1,7 @@
 #include "image/primitives/composite.h"
 
-#include "image/primitives/detail/byte_product.h"
+#include "image/primitives/byte_kernels.h"
 #include "image/primitives/detail/layout.h"
-#include "image/primitives/detail/map.h"
 #include "image/primitives/detail/region.h"
 #include "image/primitives/row_kernels.h"
 
@@ -11,14 +10,6 @@ namespace {
 
 using namespace px;
 using u8 = std::uint8_t;
-
-constexpr Word kAlphaByte = 0xFF000000;
-
-/// Alpha's own product is 255 * alpha, which is alpha again.
-constexpr Word Premultiplied(Word pixel)
-{
-    return ScaleBytes(pixel | kAlphaByte, pixel >> 24);
-}
 
 } // namespace
 
@@ -42,8 +33,9 @@ PxStatus pxPremultiply_8u_A3(const u8* src, int srcStep, u8* dst, int dstStep, i
 {
     if (const PxStatus status = CheckRegions<C4, C4>(src, srcStep, dst, dstStep, width, height))
         return status;
+    const auto premultiply = ByteKernelsFor(CurrentVariant()).premultiply;
     for (int y = 0; y < height; ++y)
-        MapPixelRow(Row(src, srcStep, y), Row(dst, dstStep, y), width, Premultiplied);
+        premultiply(Row(src, srcStep, y), Row(dst, dstStep, y), width);
     return pxOk;
 }
 

@@ -1,7 +1,12 @@
 #include "image/primitives/filter.h"
 
+#include <algorithm>
+#include <bit>
+#include <cstdlib>
+
 #include "image/primitives/detail/convolve.h"
 #include "image/primitives/detail/loose_float.h"
+#include "image/primitives/filter_kernels.h"
 
 namespace kelmora {
 namespace {
@@ -39,6 +44,69 @@ const T* FirstTap(const T* src, std::ptrdiff_t tapStep, int anchor)
     return reinterpret_cast<const T*>(reinterpret_cast<const unsigned char*>(src) - tapStep * anchor);
 }
 
+constexpr int kMostTaps = 512; ///< of the kernels that the vector loops serve
+
+/// How a divisor above 0 finishes.
+FilterRow FinishOf(int divisor)
+{
+    FilterRow row = {};
+    row.reciprocal = 1.0 / divisor;
+    if (divisor == 1) {
+        row.finish = FilterFinish::Saturate;
+    } else if (IsPowerOfTwo(divisor)) {
+        row.finish = FilterFinish::Shift;
+        row.shift = std::countr_zero(static_cast<unsigned>(divisor));
+    } else {
+        // With an odd divisor nothing lies nearer to a half than 1 / (2 * divisor): further than the errors of single
+        // precision below 256, which stay under 1 / 32768. An even one's ties go where double puts them.
+        const bool single = divisor % 2 == 1 && divisor < 8192;
+        row.finish = single ? FilterFinish::ScaleSingle : FilterFinish::ScaleDouble;
+    }
+    return row;
+}
+
+/// The vector loop for a kernel; null where its sums or its length are too large.
+void (*LoopFor(const int* kernel, int kernelSize))(const FilterRow&)
+{
+    if (kernelSize > kMostTaps)
+        return nullptr;
+    std::int64_t sum = 0, largest = 0;
+    for (int j = 0; j < kernelSize; ++j) {
+        const std::int64_t size = std::abs(static_cast<std::int64_t>(kernel[j]));
+        sum += size;
+        largest = std::max(largest, size);
+    }
+    const FilterKernels& kernels = FilterKernelsFor(CurrentVariant());
+    if (255 * sum <= 32767 && largest <= 127)
+        return kernels.narrow;
+    return 255 * sum <= 1 << 24 && largest <= 32767 ? kernels.wide : nullptr;
+}
+
+/// False, and nothing done, where no vector loop serves.
+template <class L>
+bool FilterInVectors(const u8* src, int srcStep, u8* dst, int dstStep, int width, int height,
+                     const int* kernel, int kernelSize, std::ptrdiff_t tapStep, int divisor)
+{
+    const auto filter = divisor > 0 ? LoopFor(kernel, kernelSize) : nullptr;
+    if (!filter)
+        return false;
+    std::int16_t weights[kMostTaps];
+    for (int j = 0; j < kernelSize; ++j)
+        weights[j] = static_cast<std::int16_t>(kernel[j]);
+    FilterRow row = FinishOf(divisor);
+    row.tapStep = tapStep;
+    row.weights = weights;
+    row.taps = kernelSize;
+    row.count = static_cast<std::ptrdiff_t>(width) * L::channels - (L::channels - L::touched);
+    row.keepsFourth = !L::whole;
+    for (int y = 0; y < height; ++y) {
+        row.src = Row(src, srcStep, y);
+        row.dst = Row(dst, dstStep, y);
+        filter(row);
+    }
+    return true;
+}
+
 template <Along along, class L>
 PxStatus Filter(const u8* src, int srcStep, u8* dst, int dstStep, int width, int height, const int* kernel,
                 int kernelSize, int anchor, int divisor)
@@ -49,9 +117,11 @@ PxStatus Filter(const u8* src, int srcStep, u8* dst, int dstStep, int width, int
     if (divisor == 0)
         return pxZeroDivisor;
     const std::ptrdiff_t tapStep = TapStep<along, L, u8>(srcStep);
+    const u8* const first = FirstTap(src, tapStep, anchor);
+    if (FilterInVectors<L>(first, srcStep, dst, dstStep, width, height, kernel, kernelSize, tapStep, divisor))
+        return pxOk;
     WithFinish(divisor, [&](auto finish) {
-        ConvolveBytes<L>(FirstTap(src, tapStep, anchor), srcStep, dst, dstStep, width, height, kernel,
-                         kernelSize, tapStep, finish);
+        ConvolveBytes<L>(first, srcStep, dst, dstStep, width, height, kernel, kernelSize, tapStep, finish);
     });
     return pxOk;
 }

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <type_traits>
 
 #include "image/primitives/detail/layout.h"
 #include "image/primitives/detail/region.h"
 #include "image/primitives/detail/resize_average.h"
 #include "image/primitives/detail/resize_bytes.h"
 #include "image/primitives/detail/resize_filter.h"
+#include "image/primitives/detail/resize_floats.h"
 
 namespace kelmora {
 namespace {
@@ -41,8 +43,10 @@ PxStatus Run(const Job<u8>& job, int interpolation)
     case pxNearest:
         return PickNearest<L>(job);
     case pxLinear:
-        // Sums of 14-bit weights are exact in double: 8 + 14 + 14 bits.
-        return Filter<L, LinearTaps<14>>(job, HalvesUp{});
+        if constexpr (L::channels == 4)
+            return FilterBytes<L, LinearTaps<14>>(job);
+        else // sums of 14-bit weights are exact in double: 8 + 14 + 14 bits
+            return Filter<L, LinearTaps<14>>(job, HalvesUp{});
     case pxCubic:
         return FilterBytes<L, CubicTaps>(job);
     case pxLanczos:
@@ -52,6 +56,15 @@ PxStatus Run(const Job<u8>& job, int interpolation)
     }
 }
 
+template <class L, class Kernel>
+PxStatus FilterReal(const Job<float>& job)
+{
+    if constexpr (L::channels == 4)
+        return FilterFloats<Kernel>(job);
+    else
+        return Filter<L, Kernel>(job, Narrow{});
+}
+
 template <class L>
 PxStatus Run(const Job<float>& job, int interpolation)
 {
@@ -59,11 +72,11 @@ PxStatus Run(const Job<float>& job, int interpolation)
     case pxNearest:
         return PickNearest<L>(job);
     case pxLinear:
-        return Filter<L, LinearTaps<0>>(job, Narrow{});
+        return FilterReal<L, LinearTaps<0>>(job);
     case pxCubic:
-        return Filter<L, CubicTaps>(job, Narrow{});
+        return FilterReal<L, CubicTaps>(job);
     case pxLanczos:
-        return Filter<L, LanczosTaps>(job, Narrow{});
+        return FilterReal<L, LanczosTaps>(job);
     default:
         return Average<L>(job, Narrow{});
     }
@@ -99,7 +112,7 @@ int Lowered(int interpolation, int side)
 template <class L, class T>
 PxStatus Resize(const T* src, int srcWidth, int srcHeight, int srcStep, const PxRect& region, T* dst,
                 int dstStep, int dstWidth, int dstHeight, double xFactor, double yFactor, int interpolation,
-                const PxRect& hole = {0, 0, 0, 0})
+                const PxRect& hole = {0, 0, 0, 0}, bool levels = false)
 {
     if (!src || !dst)
         return pxNullPointer;
@@ -122,13 +135,19 @@ PxStatus Resize(const T* src, int srcWidth, int srcHeight, int srcStep, const Px
     job.dst = dst;
     job.dstStep = dstStep;
     job.hole = hole;
+    job.levels = levels;
     const int width = std::min(region.width, srcWidth - region.x);
     const int height = std::min(region.height, srcHeight - region.y);
     if (const PxStatus status = MapAxis(width, xFactor, dstWidth, job.x))
         return status;
     if (const PxStatus status = MapAxis(height, yFactor, dstHeight, job.y))
         return status;
-    return Run<L>(job, Lowered(interpolation, std::min(srcWidth, srcHeight)));
+    interpolation = Lowered(interpolation, std::min(srcWidth, srcHeight));
+    const PxStatus status = Run<L>(job, interpolation);
+    if constexpr (std::is_same_v<T, float>)
+        if (levels && status == pxOk && (interpolation == pxNearest || interpolation == pxAverage))
+            CutToLevels(job); // the filters have done it on the way
+    return status;
 }
 
 } // namespace
@@ -171,6 +190,15 @@ PxStatus pxResize_32f_C4(const float* src, int srcWidth, int srcHeight, int srcS
 {
     return Resize<C4>(src, srcWidth, srcHeight, srcStep, region, dst, dstStep, dstWidth, dstHeight, xFactor,
                       yFactor, interpolation);
+}
+
+PxStatus pxResizeLevelsAround_32f_C4(const float* src, int srcWidth, int srcHeight, int srcStep,
+                                     const PxRect& region, float* dst, int dstStep, int dstWidth,
+                                     int dstHeight, double xFactor, double yFactor, int interpolation,
+                                     const PxRect& hole)
+{
+    return Resize<C4>(src, srcWidth, srcHeight, srcStep, region, dst, dstStep, dstWidth, dstHeight, xFactor,
+                      yFactor, interpolation, hole, true);
 }
 
 } // namespace kelmora

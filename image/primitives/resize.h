@@ -62,4 +62,10 @@ PxStatus pxResizeAround_8u_C4(const std::uint8_t* src, int srcWidth, int srcHeig
                               int dstHeight, double xFactor, double yFactor, int interpolation,
                               const PxRect& hole);
 
+/// pxResize_32f_C4 for such a caller, whose pictures hold levels: results are cut to 0 to 1, what is no number to 0.
+PxStatus pxResizeLevelsAround_32f_C4(const float* src, int srcWidth, int srcHeight, int srcStep,
+                                     const PxRect& region, float* dst, int dstStep, int dstWidth,
+                                     int dstHeight, double xFactor, double yFactor, int interpolation,
+                                     const PxRect& hole);
+
 } // namespace kelmora

@@ -6,6 +6,11 @@
 namespace kelmora::KELMORA_VARIANT {
 namespace {
 
+// Two taps have exact sums. Across they are 22 bits, too wide for the words that are multiplied fast: they are kept
+// as high and low parts.
+constexpr int kLowBits = 11;
+constexpr int kLowMask = (1 << kLowBits) - 1;
+
 // --- across ---------------------------------------------------------------------------------------------
 
 #if defined(__AVX512BW__) || !defined(__SSE2__)
@@ -49,12 +54,22 @@ KELMORA_INLINE BytePairs PairUp(U8 a, U8 b)
     return {{WidenLow(low), WidenHigh(low), WidenLow(high), WidenHigh(high)}};
 }
 
+/// As two vectors of words with the high parts and two with the low ones.
+KELMORA_INLINE void StoreSplit(float* out, const I32 (&sums)[4])
+{
+    for (int i = 0; i < 4; i += 2, out += kPixels) {
+        Store(out, Pack(sums[i] >> kLowBits, sums[i + 1] >> kLowBits));
+        Store(out + 2 * kPixels, Pack(sums[i] & kLowMask, sums[i + 1] & kLowMask));
+    }
+}
+
 template <int taps>
 KELMORA_INLINE void AcrossRow(const ResizeAcross& across)
 {
     float* out = across.out;
     for (int x = 0; x < across.count; x += kPixels, out += 4 * kPixels) {
         U8 picked[taps];
+        __builtin_prefetch(across.ahead + static_cast<ptrdiff_t>(across.first[x]) * 4);
         PickTaps<taps>(across.row, across.first + x, picked);
         I32 sums[4] = {};
         for (int k = 0; k < taps; k += 2) {
@@ -65,8 +80,11 @@ KELMORA_INLINE void AcrossRow(const ResizeAcross& across)
             sums[2] += MulAddPairs(pairs.pixels[2], (I16)Spread<2>(weights));
             sums[3] += MulAddPairs(pairs.pixels[3], (I16)Spread<3>(weights));
         }
-        for (int i = 0; i < 4; ++i)
-            Store(out + i * kPixels, ToFloat(sums[i]));
+        if constexpr (taps == 2)
+            StoreSplit(out, sums);
+        else
+            for (int i = 0; i < 4; ++i)
+                Store(out + i * kPixels, ToFloat(sums[i]));
     }
 }
 
@@ -76,6 +94,24 @@ KELMORA_INLINE void AcrossRow(const ResizeAcross& across)
 KELMORA_INLINE __m128i WeighPair(__m128i words, int32_t weights)
 {
     return _mm_madd_epi16(_mm_unpacklo_epi16(words, _mm_srli_si128(words, 8)), _mm_set1_epi32(weights));
+}
+
+KELMORA_INLINE void AcrossTwo(const ResizeAcross& across)
+{
+    const __m128i zero = _mm_setzero_si128();
+    for (int x = 0; x < across.count; ++x) {
+        const uint8_t* from = across.row + static_cast<ptrdiff_t>(across.first[x]) * 4;
+        const __m128i two = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
+        const __m128i sum = WeighPair(_mm_unpacklo_epi8(two, zero), across.weights[x]);
+        const __m128i split =
+            _mm_packs_epi32(_mm_srai_epi32(sum, kLowBits), _mm_and_si128(sum, _mm_set1_epi32(kLowMask)));
+        // Where this pixel's words stand in the vectors of its block: two pixels in each 16 bytes.
+        const int inBlock = x % kPixels;
+        float* const high = across.out + static_cast<ptrdiff_t>(x - inBlock) * 4 + inBlock % 4 / 2 * kPixels
+            + inBlock / 4 * 4 + inBlock % 2 * 2;
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(high), split);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(high + 2 * kPixels), _mm_unpackhi_epi64(split, split));
+    }
 }
 
 /// Without permutations across lanes a pixel's taps are best taken at once: they lie side by side.
@@ -107,7 +143,18 @@ KELMORA_INLINE void AcrossRow(const ResizeAcross& across)
 
 void Across(const ResizeAcross& across)
 {
-    across.taps == 4 ? AcrossRow<4>(across) : AcrossRow<6>(across);
+    switch (across.taps) {
+    case 2:
+#if defined(__AVX512BW__) || !defined(__SSE2__)
+        return AcrossRow<2>(across);
+#else
+        return AcrossTwo(across);
+#endif
+    case 4:
+        return AcrossRow<4>(across);
+    default:
+        return AcrossRow<6>(across);
+    }
 }
 
 // --- down -----------------------------------------------------------------------------------------------
@@ -126,6 +173,46 @@ KELMORA_INLINE U8 DownPixels(const ResizeDown& down, ptrdiff_t at)
     return Pack(Pack(rounded[0], rounded[1]), Pack(rounded[2], rounded[3]));
 }
 
+/// The words' sums, of the first or the second half of each 16 bytes.
+template <bool first>
+KELMORA_INLINE I32 SumWords(I16 above, I16 below, I16 weights)
+{
+    return MulAddPairs(first ? InterleaveLow(above, below) : InterleaveHigh(above, below), weights);
+}
+
+/// (high * 2^kLowBits + low) / 2^28, to nearest, halves up: what the low sum loses cannot carry.
+KELMORA_INLINE I32 JoinSums(I32 high, I32 low)
+{
+    constexpr int shift = 28 - kLowBits;
+    return (high + (low >> kLowBits) + (1 << (shift - 1))) >> shift;
+}
+
+KELMORA_INLINE U8 DownTwo(const float* above, const float* below, I16 weights)
+{
+    I16 words[2];
+    for (int i = 0; i < 2; ++i, above += kPixels, below += kPixels) {
+        const I16 high[] = {Load<I16>(above), Load<I16>(below)};
+        const I16 low[] = {Load<I16>(above + 2 * kPixels), Load<I16>(below + 2 * kPixels)};
+        words[i] = Pack(
+            JoinSums(SumWords<true>(high[0], high[1], weights), SumWords<true>(low[0], low[1], weights)),
+            JoinSums(SumWords<false>(high[0], high[1], weights), SumWords<false>(low[0], low[1], weights)));
+    }
+    return Pack(words[0], words[1]);
+}
+
+void DownTwoRow(const ResizeDown& down)
+{
+    const float *const above = down.rows[0], *const below = down.rows[1];
+    uint8_t* const dst = down.dst;
+    const I16 weights = (I16)(I32{} + (down.whole[0] | down.whole[1] << 16));
+    const ptrdiff_t bytes = static_cast<ptrdiff_t>(down.count) * 4;
+    ptrdiff_t at = 0;
+    for (; at + kVectorBytes <= bytes; at += kVectorBytes)
+        Store(dst + at, DownTwo(above + at, below + at, weights));
+    if (at < bytes)
+        StorePart(dst + at, DownTwo(above + at, below + at, weights), static_cast<int>(bytes - at));
+}
+
 template <int taps>
 KELMORA_INLINE void DownRow(const ResizeDown& given)
 {
@@ -140,12 +227,117 @@ KELMORA_INLINE void DownRow(const ResizeDown& given)
 
 void Down(const ResizeDown& down)
 {
-    down.taps == 4 ? DownRow<4>(down) : DownRow<6>(down);
+    switch (down.taps) {
+    case 2:
+        return DownTwoRow(down);
+    case 4:
+        return DownRow<4>(down);
+    default:
+        return DownRow<6>(down);
+    }
+}
+
+// --- floats ---------------------------------------------------------------------------------------------
+
+/// A pixel's doubles, or the half of them that a vector holds.
+typedef double PixelPart __attribute__((vector_size(kVectorBytes < 32 ? 16 : 32), may_alias));
+
+constexpr int kParts = 32 / sizeof(PixelPart);
+constexpr int kPartDoubles = 4 / kParts;
+constexpr int kDoubles = kVectorBytes / 8; ///< doubles in a vector
+
+void Widen(const float* from, double* to, int values)
+{
+    typedef float PartFloats __attribute__((vector_size(sizeof(PixelPart) / 2), may_alias));
+    for (int i = 0; i < values; i += kPartDoubles)
+        Store(to + i, __builtin_convertvector(Load<PartFloats>(from + i), PixelPart));
+}
+
+template <int taps>
+KELMORA_INLINE void AcrossFloatRow(const ResizeAcrossFloats& given)
+{
+    const ResizeAcrossFloats across = given; // stores could change it for all that the compiler knows
+    const double* weights = across.weights;
+    double* out = across.out;
+    for (int x = 0; x < across.count; ++x, weights += taps, out += 4) {
+        const double* from = across.row + static_cast<ptrdiff_t>(across.first[x] - across.first[0]) * 4;
+        PixelPart sums[kParts];
+        for (int part = 0; part < kParts; ++part)
+            sums[part] = Load<PixelPart>(from + part * kPartDoubles) * weights[0];
+        for (int k = 1; k < taps; ++k)
+            for (int part = 0; part < kParts; ++part)
+                sums[part] += Load<PixelPart>(from + 4 * k + part * kPartDoubles) * weights[k];
+        for (int part = 0; part < kParts; ++part)
+            Store(out + part * kPartDoubles, sums[part]);
+    }
+}
+
+void AcrossFloats(const ResizeAcrossFloats& across)
+{
+    switch (across.taps) {
+    case 2:
+        return AcrossFloatRow<2>(across);
+    case 4:
+        return AcrossFloatRow<4>(across);
+    default:
+        return AcrossFloatRow<6>(across);
+    }
+}
+
+template <class V, int taps>
+KELMORA_INLINE V DownFloatSum(const ResizeDownFloats& down, int at)
+{
+    V sum = Load<V>(down.rows[0] + at) * down.weights[0];
+    for (int k = 1; k < taps; ++k)
+        sum += Load<V>(down.rows[k] + at) * down.weights[k];
+    return sum;
+}
+
+template <bool levels, class V>
+KELMORA_INLINE V Level(V value)
+{
+    if constexpr (!levels)
+        return value;
+    value = value > 0.0f ? value : V{};
+    return value < 1.0f ? value : V{} + 1.0f;
+}
+
+template <int taps, bool levels>
+KELMORA_INLINE void DownFloatRow(const ResizeDownFloats& given)
+{
+    typedef float PartFloats __attribute__((vector_size(sizeof(PixelPart) / 2), may_alias));
+    const ResizeDownFloats down = given; // likewise
+    int i = 0;
+    for (; i + 2 * kDoubles <= down.values; i += 2 * kDoubles)
+        Store(down.dst + i,
+              Level<levels>(
+                  Narrow({DownFloatSum<F64, taps>(down, i), DownFloatSum<F64, taps>(down, i + kDoubles)})));
+    for (; i < down.values; i += kPartDoubles)
+        Store(down.dst + i,
+              Level<levels>(__builtin_convertvector((DownFloatSum<PixelPart, taps>(down, i)), PartFloats)));
+}
+
+template <int taps>
+KELMORA_INLINE void DownFloatRow(const ResizeDownFloats& down)
+{
+    down.levels ? DownFloatRow<taps, true>(down) : DownFloatRow<taps, false>(down);
+}
+
+void DownFloats(const ResizeDownFloats& down)
+{
+    switch (down.taps) {
+    case 2:
+        return DownFloatRow<2>(down);
+    case 4:
+        return DownFloatRow<4>(down);
+    default:
+        return DownFloatRow<6>(down);
+    }
 }
 
 } // namespace
 
 extern const ResizeKernels kResizeKernels;
-const ResizeKernels kResizeKernels = {Across, Down};
+const ResizeKernels kResizeKernels = {Across, Down, Widen, AcrossFloats, DownFloats};
 
 } // namespace kelmora::KELMORA_VARIANT

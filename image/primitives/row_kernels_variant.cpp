@@ -1,6 +1,6 @@
 // Rows of arithmetic, compiled once per instruction set: see detail/simd.h for what that forbids.
 
-#include "image/primitives/detail/simd.h"
+#include "image/primitives/detail/simd_bytes.h"
 #include "image/primitives/row_kernels.h"
 
 namespace kelmora::KELMORA_VARIANT {
@@ -273,17 +273,6 @@ KELMORA_INLINE U8 MixVector(U8 first, U8 second, U16 firstWeight, U16 secondWeig
     return AddSaturated(MulScaled(first, firstWeight), MulScaled(second, secondWeight));
 }
 
-/// Calls whole(at) for every whole vector of `bytes`, and rest(at, count) for what is left of them.
-template <class Whole, class Rest>
-KELMORA_INLINE void ForVectors(ptrdiff_t bytes, Whole whole, Rest rest)
-{
-    ptrdiff_t at = 0;
-    for (; at + kVectorBytes <= bytes; at += kVectorBytes)
-        whole(at);
-    if (at < bytes)
-        rest(at, static_cast<int>(bytes - at));
-}
-
 void MixBytes(const MixRow<int>& row)
 {
     const auto* first = static_cast<const uint8_t*>(row.first);
@@ -348,39 +337,6 @@ void HalveFloats(const void* src, void* dst, int values)
 }
 
 // --- over -----------------------------------------------------------------------------------------------
-//
-// Pixels as the words of their even bytes and those of their odd ones.
-
-struct ByteHalves {
-    U16 even, odd;
-};
-
-KELMORA_INLINE ByteHalves Halves(U32 pixels)
-{
-    return {(U16)(pixels & 0x00FF00FFu), (U16)((pixels >> 8) & 0x00FF00FFu)};
-}
-
-KELMORA_INLINE U32 Whole(ByteHalves halves)
-{
-    return (U32)halves.even | (U32)halves.odd << 8;
-}
-
-/// p / 255 toward zero, see detail/byte_product.h.
-KELMORA_INLINE U16 By255(U16 p)
-{
-    return (p + (p >> 8) + 1) >> 8;
-}
-
-/// The low byte of each element as two words.
-KELMORA_INLINE U16 InBothWords(U32 level)
-{
-    return (U16)(level | level << 16);
-}
-
-KELMORA_INLINE ByteHalves Scaled(ByteHalves v, U16 even, U16 odd)
-{
-    return {By255(v.even * even), By255(v.odd * odd)};
-}
 
 KELMORA_INLINE U32 AddSaturatedBytes(U32 a, U32 b)
 {

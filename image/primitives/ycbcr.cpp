@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "image/primitives/byte_kernels.h"
 #include "image/primitives/detail/layout.h"
 #include "image/primitives/detail/region.h"
 
@@ -53,11 +54,12 @@ PxStatus pxYCbCr422ToRGB(const u8* src, int srcStep, u8* dst, int dstStep, int w
 {
     if (const PxStatus status = CheckRegions<YCbCr, Rgb>(src, srcStep, dst, dstStep, width, height))
         return status;
+    const auto blocks = ByteKernelsFor(CurrentVariant()).yCbCr422ToRgb;
     for (int y = 0; y < height; ++y) {
-        const u8* from = Row(src, srcStep, y);
-        u8* to = Row(dst, dstStep, y);
-        int cr = 128; // neutral, for a row of one pixel
-        int x = 0;
+        int x = blocks(Row(src, srcStep, y), Row(dst, dstStep, y), width);
+        const u8* from = Row(src, srcStep, y) + std::ptrdiff_t{x} * 2;
+        u8* to = Row(dst, dstStep, y) + std::ptrdiff_t{x} * 3;
+        int cr = x > 0 ? from[-1] : 128; // neutral, for a row of one pixel
         for (; x + 1 < width; x += 2, from += 4, to += 6) {
             cr = from[3];
             ToRgb(from[0], from[1], cr, to);

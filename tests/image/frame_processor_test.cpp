@@ -947,7 +947,8 @@ TEST_F(Toolbox, Conversion_GrowsForLargerPicturesAndStaysForSmallerOnes)
     const FrameBuffer& conversion = processor->Conversion();
     struct {
         int width, height, conversionWidth, conversionHeight;
-    } const steps[] = {{4, 4, 4, 4}, {9, 7, 9, 7}, {3, 7, 9, 7}, {1, 1, 9, 7}, {9, 8, 9, 8}, {2, 9, 2, 9}};
+    } const steps[] = {{4, 4, 4, 4}, {8, 4, 8, 4}, {9, 7, 9, 7}, {3, 7, 9, 7},
+                       {1, 1, 9, 7}, {9, 8, 9, 8}, {2, 9, 2, 9}};
     for (const bool forth : {true, false})
         for (const auto& step : steps) {
             GuardedPicture packed = Packed(step.width, step.height), bgra(step.width, step.height, PF_BGRA8);

@@ -96,15 +96,18 @@ TEST(RGBToHSV, EveryPictureFormat_IsThePlainConversionInPlaceAndNot)
                 Picture expected = reference::Read(dst), inPlace = from;
                 ASSERT_TRUE(plain(from, expected));
                 ASSERT_TRUE(plain(from, inPlace));
-                FrameBuffer to = ViewOf(dst), itself = ViewOf(src);
-                ASSERT_TRUE((ImageOps().*operation)(itself, to));
-                ASSERT_TRUE(reference::Matches(dst, expected, 1e-6, 1e-7))
-                    << width << ", format " << format << (inverse ? ", inverse" : "");
-                ASSERT_TRUE((ImageOps().*operation)(itself, itself));
-                ASSERT_TRUE(reference::Matches(src, inPlace, 1e-6, 1e-7))
-                    << width << ", format " << format << (inverse ? ", inverse" : "") << ", in place";
-                src.Check();
-                dst.Check();
+                ForEachVariant([&] {
+                    GuardedPicture copy(src), result(dst);
+                    FrameBuffer to = ViewOf(result), itself = ViewOf(copy);
+                    ASSERT_TRUE((ImageOps().*operation)(itself, to));
+                    ASSERT_TRUE(reference::Matches(result, expected))
+                        << width << ", format " << format << (inverse ? ", inverse" : "");
+                    ASSERT_TRUE((ImageOps().*operation)(itself, itself));
+                    ASSERT_TRUE(reference::Matches(copy, inPlace))
+                        << width << ", format " << format << (inverse ? ", inverse" : "") << ", in place";
+                    copy.Check();
+                    result.Check();
+                });
             });
 }
 
@@ -183,24 +186,46 @@ TEST(RGBToHSV, OtherFormatsAndNoPictures_AreFalse)
 
 TEST(Tint, EveryPictureFormat_IsThePlainTintInPlaceAndNot)
 {
-    for (const std::uint32_t format : kPictureFormats)
-        for (const std::uint32_t colour : {0x00FFFFFFu, 0u, 0x00804020u, 0xFF0000FFu})
-            ForEachWidth([&](int width, const PictureLayout& layout) {
-                GuardedPicture src(width, 3, format, layout), dst(width + 1, 2, format, layout);
-                src.FillNoise(static_cast<std::uint32_t>(width), Noise::Leaning);
-                dst.FillNoise(2);
-                const Picture from = reference::Read(src);
-                Picture expected = reference::Read(dst), inPlace = from;
-                reference::Tint(from, expected, colour);
-                reference::Tint(from, inPlace, colour);
-                FrameBuffer to = ViewOf(dst), itself = ViewOf(src);
-                ASSERT_TRUE(ImageOps().Tint(itself, to, colour));
-                ASSERT_TRUE(reference::Matches(dst, expected, 3e-7)) << width << ", format " << format;
-                ASSERT_TRUE(ImageOps().Tint(itself, itself, colour));
-                ASSERT_TRUE(reference::Matches(src, inPlace, 3e-7)) << width << ", format " << format;
-                src.Check();
-                dst.Check();
-            });
+    ForEachVariant([] {
+        for (const std::uint32_t format : kPictureFormats)
+            for (const std::uint32_t colour : {0x00FFFFFFu, 0u, 0x00804020u, 0xFF0000FFu})
+                ForEachWidth([&](int width, const PictureLayout& layout) {
+                    GuardedPicture src(width, 3, format, layout), dst(width + 1, 2, format, layout);
+                    src.FillNoise(static_cast<std::uint32_t>(width), Noise::Leaning);
+                    dst.FillNoise(2);
+                    const Picture from = reference::Read(src);
+                    Picture expected = reference::Read(dst), inPlace = from;
+                    reference::Tint(from, expected, colour);
+                    reference::Tint(from, inPlace, colour);
+                    FrameBuffer to = ViewOf(dst), itself = ViewOf(src);
+                    ASSERT_TRUE(ImageOps().Tint(itself, to, colour));
+                    ASSERT_TRUE(reference::Matches(dst, expected, 3e-7)) << width << ", format " << format;
+                    ASSERT_TRUE(ImageOps().Tint(itself, itself, colour));
+                    ASSERT_TRUE(reference::Matches(src, inPlace, 3e-7)) << width << ", format " << format;
+                    src.Check();
+                    dst.Check();
+                });
+    });
+}
+
+TEST(Tint, EveryThirdLevelOfEachColour_IsThePlainTint)
+{
+    constexpr int levels = 86;
+    for (const std::uint32_t format : {PF_BGRA8, PF_ARGB8}) {
+        GuardedPicture src(levels * levels, levels, format), dst(levels * levels, levels, format);
+        for (int y = 0; y < levels; ++y)
+            for (int x = 0; x < levels * levels; ++x)
+                src.SetColour(x, y, static_cast<std::uint8_t>(x % levels * 3),
+                              static_cast<std::uint8_t>(x / levels * 3), static_cast<std::uint8_t>(y * 3),
+                              99);
+        Picture expected = reference::Read(dst);
+        reference::Tint(reference::Read(src), expected, 0x00FE7FFFu);
+        ForEachVariant([&] {
+            FrameBuffer from = ViewOf(src), to = ViewOf(dst);
+            ASSERT_TRUE(ImageOps().Tint(from, to, 0x00FE7FFFu));
+            ASSERT_TRUE(reference::Matches(dst, expected)) << "format " << format;
+        });
+    }
 }
 
 TEST(Tint, HandComputedColours_ComeOutInTheirPlaces)

@@ -17,21 +17,6 @@ TEST(LevelOf, EndsOfTheRange_AreZeroAndOne)
     EXPECT_EQ(LevelOf(255), 1.0f);
 }
 
-TEST(ByteOf, EveryByte_ComesBack)
-{
-    for (int byte = 0; byte < 256; ++byte)
-        EXPECT_EQ(ByteOf(LevelOf(byte)), byte);
-}
-
-TEST(ByteOf, Halves_GoUpAndTheRestIsClamped)
-{
-    EXPECT_EQ(ByteOf(0.5f), 128); // 127.5 + 0.5
-    EXPECT_EQ(ByteOf(0.25f), 64); // 63.75
-    EXPECT_EQ(ByteOf(-3.0f), 0);
-    EXPECT_EQ(ByteOf(1e30f), 255);
-    EXPECT_EQ(ByteOf(std::numeric_limits<float>::quiet_NaN()), 0);
-}
-
 TEST(TruncateToByte, AnyNumber_GoesTowardZeroIntoTheRange)
 {
     EXPECT_EQ(TruncateToByte(41.999), 41);

@@ -85,13 +85,13 @@ void WithFinish(int divisor, Work&& work)
         work(ScaleSum{1.0 / divisor});
 }
 
-/// Whether sums of bytes with this kernel stay inside 32 bits.
+/// Whether sums of bytes with this kernel stay inside 32 bits, and so when half of any unit is added to them.
 inline bool SumsFit32(const int* kernel, int kernelSize)
 {
     std::int64_t largest = 0;
     for (int j = 0; j < kernelSize; ++j)
         largest += 255 * std::abs(static_cast<std::int64_t>(kernel[j]));
-    return largest <= 0x7FFFFFFF;
+    return largest <= 0x5FFFFFFF;
 }
 
 // --- the loop -----------------------------------------------------------------------------------------------

@@ -51,26 +51,6 @@ PxStatus Accumulate(const T* src, int srcStep, T* dst, int dstStep, int width, i
 using Word = std::uint32_t;
 
 inline constexpr int kBlockPixels = 256;
-inline constexpr Word kColourBytes = 0x00FFFFFF; ///< of pixels with alpha last
-
-/// dst = op(src), without reading or writing the fourth byte of the last pixel. `op` leaves the top byte clear;
-/// the fourth bytes of `dst` stay.
-template <class Op>
-void MapColourRow(const std::uint8_t* src, std::uint8_t* dst, int width, Op op)
-{
-    Word in[kBlockPixels], out[kBlockPixels];
-    for (int first = 0; first < width; first += kBlockPixels) {
-        const int count = std::min(kBlockPixels, width - first);
-        const std::size_t bytes = static_cast<std::size_t>(count) * 4 - 1;
-        std::uint8_t* to = dst + static_cast<std::ptrdiff_t>(first) * 4;
-        in[count - 1] = out[count - 1] = 0;
-        std::memcpy(in, src + static_cast<std::ptrdiff_t>(first) * 4, bytes);
-        std::memcpy(out, to, bytes);
-        for (int i = 0; i < count; ++i)
-            out[i] = (out[i] & ~kColourBytes) | op(in[i]);
-        std::memcpy(to, out, bytes);
-    }
-}
 
 /// dst = op(src1, src2), over whole pixels.
 template <class Op>
@@ -87,13 +67,6 @@ void ZipPixelRow(const std::uint8_t* src1, const std::uint8_t* src2, std::uint8_
             in1[i] = op(in1[i], in2[i]);
         std::memcpy(dst + at, in1, bytes);
     }
-}
-
-/// dst = op(src), over whole pixels.
-template <class Op>
-void MapPixelRow(const std::uint8_t* src, std::uint8_t* dst, int width, Op op)
-{
-    ZipPixelRow(src, src, dst, width, [op](Word pixel, Word) { return op(pixel); });
 }
 
 } // namespace kelmora::px

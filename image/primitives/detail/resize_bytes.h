@@ -1,8 +1,9 @@
 #pragma once
 
-// Bytes with more than two taps.
+// Bytes with more than one tap.
 //
-// Weights in 16384ths: sums across are whole numbers, exact as floats, which serve as well for the sums down.
+// Weights in 16384ths: sums across are whole numbers, exact as floats, which serve as well for the sums down. Those of
+// two taps are exact.
 
 #include <algorithm>
 #include <cstring>
@@ -108,10 +109,12 @@ void DownPlane(const ResizeDown& down)
 template <class L, int taps>
 ResizeKernels ByteLoops()
 {
-    if constexpr (L::channels == 4)
-        return ResizeKernelsFor(CurrentVariant());
-    else
-        return {AcrossPlane<taps>, DownPlane<taps>};
+    ResizeKernels loops = ResizeKernelsFor(CurrentVariant());
+    if constexpr (L::channels == 1) {
+        loops.across = AcrossPlane<taps>;
+        loops.down = DownPlane<taps>;
+    }
+    return loops;
 }
 
 template <class L, class Kernel>
@@ -161,15 +164,19 @@ PxStatus FilterBytes(const Job<u8>& job)
                     const u8* const row = Row(job.src, job.srcStep, i);
                     if (!inside)
                         CopyPadded<L>(row, job.x.source, begin, end, padded.Values());
+                    const u8* const next = Row(job.src, job.srcStep, std::min(i + 1, job.y.source - 1));
                     loops.across({inside ? row + std::ptrdiff_t{begin} * L::channels : padded.Values(), place,
                                   count, first.Values(),
                                   reinterpret_cast<const std::int32_t*>(across.Pairs()) + x, across.Stride(),
-                                  kTaps});
+                                  kTaps, next + std::ptrdiff_t{std::max(begin, 0)} * L::channels});
                     held[i % kTaps] = i;
                 }
                 rows.rows[k] = place;
-                rows.weights[k] =
-                    static_cast<float>(down.At(y, k)) / (static_cast<float>(kWholeWeight) * kWholeWeight);
+                if constexpr (kTaps == 2)
+                    rows.whole[k] = down.At(y, k);
+                else
+                    rows.weights[k] =
+                        static_cast<float>(down.At(y, k)) / (static_cast<float>(kWholeWeight) * kWholeWeight);
             }
             loops.down(rows);
         }

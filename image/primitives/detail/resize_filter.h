@@ -1,9 +1,8 @@
 #pragma once
 
-// Rows first, then columns, in double.
+// Planes: rows first, then columns, in double.
 
 #include <algorithm>
-#include <cstring>
 
 #include "image/primitives/detail/layout.h"
 #include "image/primitives/detail/resize_job.h"
@@ -27,6 +26,7 @@ public:
     }
 
     bool IsThere() const { return m_first.Values() && m_weights.Values(); }
+    const int* Firsts() const { return m_first.Values(); }
     int First(int i) const { return m_first.Values()[i]; }
     const double* Weights(int i) const { return m_weights.Values() + std::ptrdiff_t{i} * Kernel::kTaps; }
 
@@ -49,42 +49,17 @@ void LoadPaddedRow(const T* from, int width, double* row)
     }
 }
 
-typedef double Pair __attribute__((vector_size(16)));
-
-inline Pair LoadPair(const double* from)
-{
-    Pair pair;
-    std::memcpy(&pair, from, sizeof pair);
-    return pair;
-}
-
-inline void StorePair(double* to, Pair pair)
-{
-    std::memcpy(to, &pair, sizeof pair);
-}
-
 /// Sums go from the first tap to the last in both passes.
-template <class L, class Kernel>
+template <class Kernel>
 void FilterRow(const double* row, const TapTable<Kernel>& taps, int size, double* __restrict out)
 {
-    for (int x = 0; x < size; ++x, out += L::channels) {
-        const double* p = row + std::ptrdiff_t{taps.First(x)} * L::channels;
+    for (int x = 0; x < size; ++x, ++out) {
+        const double* p = row + taps.First(x);
         const double* w = taps.Weights(x);
-        if constexpr (L::channels == 4) {
-            Pair low = LoadPair(p) * w[0];
-            Pair high = LoadPair(p + 2) * w[0];
-            for (int k = 1; k < Kernel::kTaps; ++k) {
-                low += LoadPair(p + 4 * k) * w[k];
-                high += LoadPair(p + 4 * k + 2) * w[k];
-            }
-            StorePair(out, low);
-            StorePair(out + 2, high);
-        } else {
-            double sum = p[0] * w[0];
-            for (int k = 1; k < Kernel::kTaps; ++k)
-                sum += p[k] * w[k];
-            out[0] = sum;
-        }
+        double sum = p[0] * w[0];
+        for (int k = 1; k < Kernel::kTaps; ++k)
+            sum += p[k] * w[k];
+        *out = sum;
     }
 }
 
@@ -109,6 +84,7 @@ void CombineRows(const double* const* rows, const double* weights, std::int64_t 
 template <class L, class Kernel, class T, class Round>
 PxStatus Filter(const Job<T>& job, Round round)
 {
+    static_assert(L::channels == 1);
     constexpr int kTaps = Kernel::kTaps;
     const std::int64_t values = std::int64_t{job.x.size} * L::channels;
     const TapTable<Kernel> across(job.x);
@@ -128,7 +104,7 @@ PxStatus Filter(const Job<T>& job, Round round)
             double* place = ring.Values() + values * (i % kTaps);
             if (held[i % kTaps] != i) {
                 LoadPaddedRow<L>(Row(job.src, job.srcStep, i), job.x.source, row);
-                FilterRow<L>(row, across, job.x.size, place);
+                FilterRow(row, across, job.x.size, place);
                 held[i % kTaps] = i;
             }
             rows[k] = place;

@@ -71,6 +71,7 @@ struct Job {
     int dstStep;
     Axis x, y;
     PxRect hole = {0, 0, 0, 0}; ///< pixels of the result that nobody will look at
+    bool levels = false;        ///< floats of four channels: results are cut to 0 to 1
 };
 
 } // namespace kelmora::px::resizing

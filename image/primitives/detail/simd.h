@@ -8,6 +8,8 @@
 // Arithmetic is the compiler's own (+, -, *, &, |, <<, >> on vector types). What it has no operator for
 // stands below. Widening and packing work within 16-byte lanes: the two orders cancel out.
 
+#pragma once
+
 #if !defined(KELMORA_VARIANT)
 #error "compile this once per instruction set, with KELMORA_VARIANT"
 #endif
@@ -182,6 +184,18 @@ KELMORA_INLINE F32 ToFloat(I32 v)
     return (F32)KELMORA_BY_WIDTH(_mm_cvtepi32_ps, _mm256_cvtepi32_ps, _mm512_cvtepi32_ps)((KELMORA_VEC)v);
 }
 
+/// The smaller one; b where either is not a number.
+KELMORA_INLINE F32 Least(F32 a, F32 b)
+{
+    return (F32)KELMORA_BY_WIDTH(_mm_min_ps, _mm256_min_ps, _mm512_min_ps)((KELMORA_VECF)a, (KELMORA_VECF)b);
+}
+
+/// The larger one; b where either is not a number.
+KELMORA_INLINE F32 Most(F32 a, F32 b)
+{
+    return (F32)KELMORA_BY_WIDTH(_mm_max_ps, _mm256_max_ps, _mm512_max_ps)((KELMORA_VECF)a, (KELMORA_VECF)b);
+}
+
 /// To nearest, ties to even.
 KELMORA_INLINE I32 Round(F32 v)
 {
@@ -220,6 +234,13 @@ KELMORA_INLINE I32 Round(Doubles v)
     const KELMORA_VECF low = (KELMORA_VECF)(v.low + unit);
     const KELMORA_VECF high = (KELMORA_VECF)(v.high + unit);
     return (I32)KELMORA_BY_WIDTH(_mm_shuffle_ps, _mm256_shuffle_ps, _mm512_shuffle_ps)(low, high, 0x88);
+}
+
+/// The high halves of the elements as they stand. Undoes the order of ToDouble.
+KELMORA_INLINE I32 HighHalves(Doubles v)
+{
+    return (I32)KELMORA_BY_WIDTH(_mm_shuffle_ps, _mm256_shuffle_ps,
+                                 _mm512_shuffle_ps)((KELMORA_VECF)v.low, (KELMORA_VECF)v.high, 0xDD);
 }
 
 KELMORA_INLINE U8 Min(U8 a, U8 b)
@@ -428,6 +449,16 @@ KELMORA_INLINE I32 Truncate(F32 v)
     return ConvertEach<I32>(v);
 }
 
+KELMORA_INLINE F32 Least(F32 a, F32 b)
+{
+    return a < b ? a : b;
+}
+
+KELMORA_INLINE F32 Most(F32 a, F32 b)
+{
+    return a > b ? a : b;
+}
+
 KELMORA_INLINE I32 Round(F32 v)
 {
     I32 w;
@@ -449,6 +480,12 @@ KELMORA_INLINE I32 Round(Doubles v)
 {
     const auto round = [](double d) { return static_cast<int32_t>(__builtin_lrint(d)); };
     return I32{round(v.low[0]), round(v.low[1]), round(v.high[0]), round(v.high[1])};
+}
+
+KELMORA_INLINE I32 HighHalves(Doubles v)
+{
+    const I32 low = (I32)v.low, high = (I32)v.high;
+    return I32{low[1], low[3], high[1], high[3]};
 }
 
 KELMORA_INLINE U8 Min(U8 a, U8 b)
@@ -556,19 +593,48 @@ struct WideFloats {
 
 typedef float HalfF32 __attribute__((vector_size(kVectorBytes / 2), may_alias));
 
+#if defined(KELMORA_VEC)
+
 KELMORA_INLINE WideFloats Widen(F32 v)
 {
-    HalfF32 halves[2];
-    __builtin_memcpy(halves, &v, sizeof v);
-    return {__builtin_convertvector(halves[0], F64), __builtin_convertvector(halves[1], F64)};
+#if defined(__AVX512BW__)
+    return {(F64)_mm512_cvtps_pd(_mm512_castps512_ps256((__m512)v)),
+            (F64)_mm512_cvtps_pd(_mm512_extractf32x8_ps((__m512)v, 1))};
+#elif defined(__AVX2__)
+    return {(F64)_mm256_cvtps_pd(_mm256_castps256_ps128((__m256)v)),
+            (F64)_mm256_cvtps_pd(_mm256_extractf128_ps((__m256)v, 1))};
+#else
+    return {(F64)_mm_cvtps_pd((__m128)v), (F64)_mm_cvtps_pd(_mm_movehl_ps((__m128)v, (__m128)v))};
+#endif
 }
 
 KELMORA_INLINE F32 Narrow(WideFloats v)
 {
-    const HalfF32 halves[2] = {__builtin_convertvector(v.low, HalfF32),
-                               __builtin_convertvector(v.high, HalfF32)};
-    return Load<F32>(halves);
+#if defined(__AVX512BW__)
+    return (F32)_mm512_insertf32x8(_mm512_castps256_ps512(_mm512_cvtpd_ps((__m512d)v.low)),
+                                   _mm512_cvtpd_ps((__m512d)v.high), 1);
+#elif defined(__AVX2__)
+    return (F32)_mm256_insertf128_ps(_mm256_castps128_ps256(_mm256_cvtpd_ps((__m256d)v.low)),
+                                     _mm256_cvtpd_ps((__m256d)v.high), 1);
+#else
+    return (F32)_mm_movelh_ps(_mm_cvtpd_ps((__m128d)v.low), _mm_cvtpd_ps((__m128d)v.high));
+#endif
 }
+
+#else
+
+KELMORA_INLINE WideFloats Widen(F32 v)
+{
+    return {F64{v[0], v[1]}, F64{v[2], v[3]}};
+}
+
+KELMORA_INLINE F32 Narrow(WideFloats v)
+{
+    return F32{static_cast<float>(v.low[0]), static_cast<float>(v.low[1]), static_cast<float>(v.high[0]),
+               static_cast<float>(v.high[1])};
+}
+
+#endif
 
 /// Four vectors of four-channel pixels become one vector per channel, and back: a 4 by 4 transposition
 /// within each 16-byte lane, so the pixels of a plane stand in an order of their own.
@@ -595,7 +661,7 @@ KELMORA_INLINE void SplitChannels(F32 (&v)[4])
 #endif
 }
 
-// --- transposition of a square of four-byte pixels ------------------------------------------------------
+// --- other orders of four-byte pixels -------------------------------------------------------------------
 
 template <int... i>
 struct Indices {
@@ -609,6 +675,34 @@ template <int... i>
 struct MakeIndices<0, i...> {
     using type = Indices<i...>;
 };
+
+inline constexpr int kLanes = kVectorBytes / 16;
+
+template <int... i>
+KELMORA_INLINE U32 ToLaneOrder(U32 v, Indices<i...>)
+{
+    return __builtin_shufflevector(v, v, (i % 4 * kLanes + i / 4)...);
+}
+
+/// Widened twice, the pixels come out as four vectors in the order that they had here.
+KELMORA_INLINE U32 ToLaneOrder(U32 v)
+{
+    return ToLaneOrder(v, typename MakeIndices<kPixels>::type{});
+}
+
+template <int... i>
+KELMORA_INLINE U32 FromLaneOrder(U32 v, Indices<i...>)
+{
+    return __builtin_shufflevector(v, v, (i % kLanes * 4 + i / kLanes)...);
+}
+
+/// Undoes ToLaneOrder: four vectors, packed twice, come out in the order that they had.
+KELMORA_INLINE U32 FromLaneOrder(U32 v)
+{
+    return FromLaneOrder(v, typename MakeIndices<kPixels>::type{});
+}
+
+// --- transposition of a square of four-byte pixels ------------------------------------------------------
 
 template <int... i>
 KELMORA_INLINE U32 InterleaveLow(U32 a, U32 b, Indices<i...>)

@@ -279,6 +279,17 @@ TEST(Smear, Render_LongStreaks_AreThePlainVersions)
                               random);
 }
 
+// Streaks along the columns of pictures that are smeared some columns at a time.
+TEST(Smear, Render_UprightStreaksOfWidePictures_AreThePlainVersions)
+{
+    std::mt19937 random(6);
+    for (const std::uint32_t format : kPictureFormats)
+        for (const float angle : {0.25f, 0.75f})
+            for (const float direction : {0.0f, 0.4f})
+                CompareTransition(kEffect, format, {1100, 9, 1090, 8, 1100, 9},
+                                  {0.02f, angle, direction, 0.6f, kTransparent}, 0.45, false, random);
+}
+
 TEST(Smear, Render_KnobsSomewhatOutOfRange_AreThePlainVersions)
 {
     std::mt19937 random(6);
@@ -676,6 +687,66 @@ TEST(Smear, Render_WithoutAnyMemory_LeavesTheOutput)
             EXPECT_GT(memory.Refused(), 0u);
             EXPECT_TRUE(Equal(out, before)) << FormatName(format) << " at " << progress;
         }
+}
+
+/// The most memory that a frame took from its host at a time, beyond the pictures. The second picture may be null.
+std::uint64_t PeakOf(const std::vector<float>& levels, const GuardedPicture& in, const GuardedPicture* second,
+                     double progress)
+{
+    FakeMemoryProvider memory;
+    FakeHost host(Levels(kEffect, levels));
+    host.SetMemory(&memory);
+    Moment moment;
+    moment.second = second;
+    moment.progress = progress;
+    GuardedPicture out = Noisy(in.Width(), in.Height(), in.Format(), 3);
+    EXPECT_TRUE(Render(*NewEffect(kEffect), host, moment, in, out));
+    EXPECT_EQ(memory.OpenBlocks(), 0u);
+    return memory.PeakBytes();
+}
+
+TEST(Smear, Render_WithoutASecondPicture_StaysInsideItsWorkingSpace)
+{
+    for (const std::uint32_t format : kPictureFormats)
+        for (const float angle : {0.0f, 0.13f}) {
+            const GuardedPicture in = Noisy(301, 20, format, 1);
+            for (const double progress : {0.4, 0.5, 0.9})
+                PeakOf({0.4f, angle, 0.3f, 0.6f, kTransparent}, in, nullptr, progress);
+        }
+}
+
+TEST(Smear, Render_StreaksAlongTheRows_TakeAFewRowsOfMemory)
+{
+    for (const std::uint32_t format : {PF_BGRA8, PF_BGRA32F}) {
+        const GuardedPicture in = Noisy(60, 400, format, 1), second = Noisy(60, 400, format, 2);
+        const std::uint64_t row = 60u * static_cast<std::uint64_t>(in.PixelBytes());
+        for (const float direction : {0.0f, 0.5f, 1.0f})
+            EXPECT_LT(PeakOf({1.0f, 0.0f, direction, 0.8f, kBlended}, in, &second, 0.5), 50 * row)
+                << direction;
+    }
+}
+
+TEST(Smear, Render_SlantedStreaksOneWay_TakeOnePictureOfMemory)
+{
+    for (const std::uint32_t format : {PF_BGRA8, PF_BGRA32F}) {
+        const GuardedPicture in = Noisy(60, 400, format, 1), second = Noisy(60, 400, format, 2);
+        const std::uint64_t row = 60u * static_cast<std::uint64_t>(in.PixelBytes());
+        for (const float direction : {0.0f, 1.0f})
+            EXPECT_LT(PeakOf({1.0f, 0.13f, direction, 0.8f, kBlended}, in, &second, 0.5), 450 * row)
+                << direction;
+        EXPECT_LT(PeakOf({1.0f, 0.13f, 0.5f, 0.8f, kBlended}, in, &second, 0.5), 850 * row);
+    }
+}
+
+TEST(Smear, Render_UprightStreaks_TakeAPartOfTheColumnsAtATime)
+{
+    for (const std::uint32_t format : {PF_BGRA8, PF_BGRA32F}) {
+        const GuardedPicture in = Noisy(4000, 20, format, 1), second = Noisy(4000, 20, format, 2);
+        const std::uint64_t picture = 4000u * 20u * static_cast<std::uint64_t>(in.PixelBytes());
+        for (const float direction : {0.0f, 0.5f, 1.0f})
+            EXPECT_LT(PeakOf({1.0f, 0.25f, direction, 0.8f, kBlended}, in, &second, 0.5), picture * 3 / 5)
+                << direction;
+    }
 }
 
 TEST(Smear, Render_FramesInAnyOrder_AreTheSame)

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/image/primitives/regions.h"
+#include "tests/image/variants.h"
 #include "tests/reference/blends.h"
 #include "tests/reference/picture.h"
 #include "tests/reference/rounding.h"
@@ -190,19 +191,21 @@ GuardedPicture AllBytes(std::uint32_t format)
 
 TEST(MulConstScaled, EveryByteTimesEveryConstant_IsTheScaledProduct)
 {
-    for (int constant = 0; constant < 256; ++constant) {
-        const auto k = static_cast<std::uint8_t>(constant);
-        GuardedPicture plane = AllBytes(PF_Mask8), colour = AllBytes(PF_BGRA8);
-        const std::uint8_t consts[4] = {k, static_cast<std::uint8_t>(255 - k), 255, 0};
-        ASSERT_EQ(pxMulConstScaled_8u_C1_I(k, plane.Row(0), 256, 256, 1), pxOk);
-        ASSERT_EQ(pxMulConstScaled_8u_C4_I(consts, colour.Row(0), 1024, 256, 1), pxOk);
-        for (int x = 0; x < 256; ++x) {
-            ASSERT_EQ(plane.Byte(x, 0), reference::ScaledProduct(x, constant)) << x << " * " << constant;
-            for (int c = 0; c < 4; ++c)
-                ASSERT_EQ(colour.Byte(x, 0, c), reference::ScaledProduct(x, consts[c]))
-                    << x << " * " << int{consts[c]};
+    ForEachVariant([] {
+        for (int constant = 0; constant < 256; ++constant) {
+            const auto k = static_cast<std::uint8_t>(constant);
+            GuardedPicture plane = AllBytes(PF_Mask8), colour = AllBytes(PF_BGRA8);
+            const std::uint8_t consts[4] = {k, static_cast<std::uint8_t>(255 - k), 255, 0};
+            ASSERT_EQ(pxMulConstScaled_8u_C1_I(k, plane.Row(0), 256, 256, 1), pxOk);
+            ASSERT_EQ(pxMulConstScaled_8u_C4_I(consts, colour.Row(0), 1024, 256, 1), pxOk);
+            for (int x = 0; x < 256; ++x) {
+                ASSERT_EQ(plane.Byte(x, 0), reference::ScaledProduct(x, constant)) << x << " * " << constant;
+                for (int c = 0; c < 4; ++c)
+                    ASSERT_EQ(colour.Byte(x, 0, c), reference::ScaledProduct(x, consts[c]))
+                        << x << " * " << int{consts[c]};
+            }
         }
-    }
+    });
 }
 
 TEST(MulConstScaled, HandComputedProducts_ComeOut)
@@ -233,23 +236,26 @@ TEST(MulConstScaled, Constant255_LeavesEveryValueUnchanged)
 
 TEST(MulConstScaled, EveryWidthAndLayout_StaysInsideItsRegion)
 {
-    const std::uint8_t consts[4] = {255, 128, 3, 77};
-    for (int width = 1; width <= 33; ++width)
-        for (const std::uint32_t format : {PF_Mask8, PF_BGRA8})
-            ForEachLayout([&](const PictureLayout& layout) {
-                GuardedPicture picture(width, 3, format, layout);
-                picture.FillNoise(static_cast<std::uint32_t>(width), Noise::Leaning);
-                Picture expected = reference::Read(picture);
-                for (std::size_t i = 0; i < expected.values.size(); ++i)
-                    expected.values[i] = reference::ScaledProduct(static_cast<int>(expected.values[i]),
-                                                                  format == PF_Mask8 ? 77 : consts[i % 4]);
-                ASSERT_EQ(format == PF_Mask8
-                              ? pxMulConstScaled_8u_C1_I(77, picture.Row(0), picture.Stride(), width, 3)
-                              : pxMulConstScaled_8u_C4_I(consts, picture.Row(0), picture.Stride(), width, 3),
-                          pxOk);
-                ASSERT_TRUE(reference::Matches(picture, expected)) << width;
-                picture.Check();
-            });
+    ForEachVariant([] {
+        const std::uint8_t consts[4] = {255, 128, 3, 77};
+        for (int width = 1; width <= 33; ++width)
+            for (const std::uint32_t format : {PF_Mask8, PF_BGRA8})
+                ForEachLayout([&](const PictureLayout& layout) {
+                    GuardedPicture picture(width, 3, format, layout);
+                    picture.FillNoise(static_cast<std::uint32_t>(width), Noise::Leaning);
+                    Picture expected = reference::Read(picture);
+                    for (std::size_t i = 0; i < expected.values.size(); ++i)
+                        expected.values[i] = reference::ScaledProduct(
+                            static_cast<int>(expected.values[i]), format == PF_Mask8 ? 77 : consts[i % 4]);
+                    ASSERT_EQ(
+                        format == PF_Mask8
+                            ? pxMulConstScaled_8u_C1_I(77, picture.Row(0), picture.Stride(), width, 3)
+                            : pxMulConstScaled_8u_C4_I(consts, picture.Row(0), picture.Stride(), width, 3),
+                        pxOk);
+                    ASSERT_TRUE(reference::Matches(picture, expected)) << width;
+                    picture.Check();
+                });
+    });
 }
 
 TEST(MulConstScaled, BadArguments_AreRefused)
@@ -289,39 +295,43 @@ constexpr int kScales[] = {INT_MIN, -1000, -40, -32, -31, -9, -8, -7, -2, -1, 0,
 
 TEST(AddScaled, EveryPairOfBytesAtEveryScale_IsTheShiftedSum)
 {
-    for (const int scale : kScales)
-        for (int other = 0; other < 256; ++other) {
-            GuardedPicture src = AllBytes(PF_Mask8), sum(256, 1, PF_Mask8);
-            sum.FillBytes(static_cast<std::uint8_t>(other));
-            ASSERT_EQ(pxAddScaled_8u_C1_I(src.Row(0), 256, sum.Row(0), 256, 256, 1, scale), pxOk);
-            for (int x = 0; x < 256; ++x)
-                ASSERT_EQ(sum.Byte(x, 0), Shifted(x + other, scale))
-                    << x << " + " << other << " at scale " << scale;
-        }
+    ForEachVariant([] {
+        for (const int scale : kScales)
+            for (int other = 0; other < 256; ++other) {
+                GuardedPicture src = AllBytes(PF_Mask8), sum(256, 1, PF_Mask8);
+                sum.FillBytes(static_cast<std::uint8_t>(other));
+                ASSERT_EQ(pxAddScaled_8u_C1_I(src.Row(0), 256, sum.Row(0), 256, 256, 1, scale), pxOk);
+                for (int x = 0; x < 256; ++x)
+                    ASSERT_EQ(sum.Byte(x, 0), Shifted(x + other, scale))
+                        << x << " + " << other << " at scale " << scale;
+            }
+    });
 }
 
 TEST(AddScaled, FourChannels_AreTheSameAsPlanes)
 {
-    for (const int scale : kScales)
-        for (int width = 1; width <= 33; ++width)
-            for (const std::uint32_t format : {PF_Mask8, PF_BGRA8})
-                ForEachLayout([&](const PictureLayout& layout) {
-                    GuardedPicture src(width, 2, format, layout), sum(width, 2, format, layout);
-                    src.FillNoise(1, Noise::Leaning);
-                    sum.FillNoise(static_cast<std::uint32_t>(width), Noise::Leaning);
-                    const Picture from = reference::Read(src);
-                    Picture expected = reference::Read(sum);
-                    for (std::size_t i = 0; i < expected.values.size(); ++i)
-                        expected.values[i] =
-                            Shifted(static_cast<int>(expected.values[i] + from.values[i]), scale);
-                    const auto member = format == PF_Mask8 ? pxAddScaled_8u_C1_I : pxAddScaled_8u_C4_I;
-                    src.Freeze();
-                    ASSERT_EQ(member(src.Row(0), src.Stride(), sum.Row(0), sum.Stride(), width, 2, scale),
-                              pxOk);
-                    ASSERT_TRUE(reference::Matches(sum, expected)) << width << " at scale " << scale;
-                    src.Check();
-                    sum.Check();
-                });
+    ForEachVariant([] {
+        for (const int scale : kScales)
+            for (int width = 1; width <= 33; ++width)
+                for (const std::uint32_t format : {PF_Mask8, PF_BGRA8})
+                    ForEachLayout([&](const PictureLayout& layout) {
+                        GuardedPicture src(width, 2, format, layout), sum(width, 2, format, layout);
+                        src.FillNoise(1, Noise::Leaning);
+                        sum.FillNoise(static_cast<std::uint32_t>(width), Noise::Leaning);
+                        const Picture from = reference::Read(src);
+                        Picture expected = reference::Read(sum);
+                        for (std::size_t i = 0; i < expected.values.size(); ++i)
+                            expected.values[i] =
+                                Shifted(static_cast<int>(expected.values[i] + from.values[i]), scale);
+                        const auto member = format == PF_Mask8 ? pxAddScaled_8u_C1_I : pxAddScaled_8u_C4_I;
+                        src.Freeze();
+                        ASSERT_EQ(member(src.Row(0), src.Stride(), sum.Row(0), sum.Stride(), width, 2, scale),
+                                  pxOk);
+                        ASSERT_TRUE(reference::Matches(sum, expected)) << width << " at scale " << scale;
+                        src.Check();
+                        sum.Check();
+                    });
+    });
 }
 
 TEST(AddScaled, HandComputedSums_ComeOut)

@@ -209,16 +209,19 @@ void CheckAllPixels(HsvMember member, Expect&& expect)
 {
     for (int third = 0; third < 256; third += third < 5 || third > 249 ? 1 : 7) {
         const GuardedPicture src = Plane(third);
-        GuardedPicture dst(256, 256, PF_BGRA8);
-        dst.FillBytes(0x5A);
-        ASSERT_EQ(member(src.Row(0), 1024, dst.Row(0), 1024, 256, 256), pxOk);
-        for (int y = 0; y < 256; ++y)
-            for (int x = 0; x < 256; ++x) {
-                const std::uint8_t* from = src.Row(y) + 4 * x;
-                expect(from, dst.Row(y) + 4 * x);
-                if (testing::Test::HasFatalFailure())
-                    return;
-            }
+        ForEachVariant([&] {
+            GuardedPicture dst(256, 256, PF_BGRA8);
+            dst.FillBytes(0x5A);
+            ASSERT_EQ(member(src.Row(0), 1024, dst.Row(0), 1024, 256, 256), pxOk);
+            for (int y = 0; y < 256; ++y)
+                for (int x = 0; x < 256; ++x) {
+                    expect(src.Row(y) + 4 * x, dst.Row(y) + 4 * x);
+                    if (testing::Test::HasFatalFailure())
+                        return;
+                }
+        });
+        if (testing::Test::HasFatalFailure())
+            return;
     }
 }
 
@@ -292,7 +295,7 @@ void CheckHsvMember(const char* name, HsvMember member, bool inverse)
 {
     SCOPED_TRACE(name);
     for (int width = 1; width <= 33; ++width)
-        ForEachLayout([&](const PictureLayout& layout) {
+        ForEachVariantAndLayout([&](const PictureLayout& layout) {
             GuardedPicture src(width, 3, PF_BGRA8, layout), dst(width, 3, PF_BGRA8, layout);
             src.FillNoise(static_cast<std::uint32_t>(width), Noise::Leaning);
             dst.FillNoise(2);

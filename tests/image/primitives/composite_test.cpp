@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/image/primitives/regions.h"
+#include "tests/image/variants.h"
 #include "tests/reference/blends.h"
 #include "tests/reference/picture.h"
 
@@ -145,34 +146,38 @@ TEST(AlphaComposite, BadArguments_AreRefused)
 
 TEST(Premultiply, EveryByteTimesEveryAlpha_IsTheScaledProductAndAlphaIsCopied)
 {
-    GuardedPicture src(256, 256, PF_BGRA8), dst(256, 256, PF_BGRA8);
-    for (int y = 0; y < 256; ++y)
-        for (int x = 0; x < 256; ++x)
-            src.SetColour(x, y, static_cast<std::uint8_t>(x), static_cast<std::uint8_t>(255 - x),
-                          static_cast<std::uint8_t>(x ^ y), static_cast<std::uint8_t>(y));
-    Picture expected(256, 256, PF_BGRA8);
-    ASSERT_TRUE(reference::Premultiply(reference::Read(src), expected));
-    ASSERT_EQ(pxPremultiply_8u_A3(src.Row(0), 1024, dst.Row(0), 1024, 256, 256), pxOk);
-    ASSERT_TRUE(reference::Matches(dst, expected));
-    ASSERT_EQ(pxPremultiply_8u_A3(src.Row(0), 1024, src.Row(0), 1024, 256, 256), pxOk);
-    ASSERT_TRUE(reference::Matches(src, expected)) << "in place";
+    ForEachVariant([] {
+        GuardedPicture src(256, 256, PF_BGRA8), dst(256, 256, PF_BGRA8);
+        for (int y = 0; y < 256; ++y)
+            for (int x = 0; x < 256; ++x)
+                src.SetColour(x, y, static_cast<std::uint8_t>(x), static_cast<std::uint8_t>(255 - x),
+                              static_cast<std::uint8_t>(x ^ y), static_cast<std::uint8_t>(y));
+        Picture expected(256, 256, PF_BGRA8);
+        ASSERT_TRUE(reference::Premultiply(reference::Read(src), expected));
+        ASSERT_EQ(pxPremultiply_8u_A3(src.Row(0), 1024, dst.Row(0), 1024, 256, 256), pxOk);
+        ASSERT_TRUE(reference::Matches(dst, expected));
+        ASSERT_EQ(pxPremultiply_8u_A3(src.Row(0), 1024, src.Row(0), 1024, 256, 256), pxOk);
+        ASSERT_TRUE(reference::Matches(src, expected)) << "in place";
+    });
 }
 
 TEST(Premultiply, EveryWidthAndLayout_StaysInsideItsRegion)
 {
-    for (int width = 1; width <= 33; ++width)
-        ForEachLayout([&](const PictureLayout& layout) {
-            GuardedPicture src(width, 3, PF_BGRA8, layout), dst(width, 3, PF_BGRA8, layout);
-            src.FillNoise(static_cast<std::uint32_t>(width), Noise::Leaning);
-            Picture expected(width, 3, PF_BGRA8);
-            reference::Premultiply(reference::Read(src), expected);
-            src.Freeze();
-            ASSERT_EQ(pxPremultiply_8u_A3(src.Row(0), src.Stride(), dst.Row(0), dst.Stride(), width, 3),
-                      pxOk);
-            ASSERT_TRUE(reference::Matches(dst, expected)) << width;
-            src.Check();
-            dst.Check();
-        });
+    ForEachVariant([] {
+        for (int width = 1; width <= 33; ++width)
+            ForEachLayout([&](const PictureLayout& layout) {
+                GuardedPicture src(width, 3, PF_BGRA8, layout), dst(width, 3, PF_BGRA8, layout);
+                src.FillNoise(static_cast<std::uint32_t>(width), Noise::Leaning);
+                Picture expected(width, 3, PF_BGRA8);
+                reference::Premultiply(reference::Read(src), expected);
+                src.Freeze();
+                ASSERT_EQ(pxPremultiply_8u_A3(src.Row(0), src.Stride(), dst.Row(0), dst.Stride(), width, 3),
+                          pxOk);
+                ASSERT_TRUE(reference::Matches(dst, expected)) << width;
+                src.Check();
+                dst.Check();
+            });
+    });
 }
 
 TEST(Premultiply, BadArguments_AreRefused)

@@ -1,5 +1,6 @@
 #include "image/primitives/filter.h"
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
 #include <limits>
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/image/primitives/regions.h"
+#include "tests/image/variants.h"
 #include "tests/reference/filter.h"
 #include "tests/reference/picture.h"
 #include "tests/reference/tent.h"
@@ -78,13 +80,33 @@ void CheckCall(Filter filter, Axis axis, int channels, int touched, int width, i
             for (int c = 0; c < touched; ++c)
                 expected.At(x, y, c) = Finished(
                     reference::SumAt(plain, axis, place.x + x, place.y + y, c, kernel, anchor), divisor);
-    ASSERT_EQ(Call(filter, ElementAt<T>(src, place.x, place.y), src.Stride(), ElementAt<T>(dst), dst.Stride(),
-                   width, height, kernel, anchor, divisor),
-              pxOk);
-    ASSERT_TRUE(reference::Matches(dst, expected))
-        << "width " << width << ", taps " << size << ", anchor " << anchor << ", divisor " << divisor;
+    ForEachVariant([&] {
+        GuardedPicture result(dst);
+        ASSERT_EQ(Call(filter, ElementAt<T>(src, place.x, place.y), src.Stride(), ElementAt<T>(result),
+                       result.Stride(), width, height, kernel, anchor, divisor),
+                  pxOk);
+        ASSERT_TRUE(reference::Matches(result, expected))
+            << "width " << width << ", taps " << size << ", anchor " << anchor << ", divisor " << divisor;
+        result.Check();
+    });
     src.Check();
-    dst.Check();
+}
+
+/// Every pair of bytes through two taps: every sum from 0 to largestTap * 255, or down to it, comes up.
+void CheckEverySum(int smallTap, int largeTap, int divisor)
+{
+    const int kernel[] = {smallTap, largeTap};
+    const auto sumOf = [=](int x, int y) { return std::int64_t{smallTap} * x + std::int64_t{largeTap} * y; };
+    u8 src[2][256], dst[256];
+    for (int x = 0; x < 256; ++x)
+        src[1][x] = static_cast<u8>(x);
+    for (int other = 0; other < 256; ++other) {
+        std::fill_n(src[0], 256, static_cast<u8>(other));
+        ASSERT_EQ(pxColumnFilter_8u_C1(src[0], 256, dst, 256, 256, 1, kernel, 2, 1, divisor), pxOk);
+        for (int x = 0; x < 256; ++x)
+            ASSERT_EQ(dst[x], reference::ByteFromSum(sumOf(x, other), divisor))
+                << smallTap << " * " << x << " + " << largeTap << " * " << other << ", divisor " << divisor;
+    }
 }
 
 std::vector<int> RandomTaps(std::mt19937& random, int size, int)
@@ -368,6 +390,33 @@ TEST(RowFilter, A3_NeitherReadsNorNeedsTheFourthValue)
               pxOk);
     for (int c = 1; c < 4; ++c)
         EXPECT_EQ(dst.Float(4, 2, c), src.Float(6, 4, c));
+}
+
+TEST(ByteFilters, EverySum_IsFinishedAsThePlainVersionDoes)
+{
+    // Odd divisors below and above 8192, even ones with ties, shifts, and products of taps that need 16, 24 and 32
+    // bits.
+    constexpr int divisors[] = {1,     2,     3,       4,       5,       6,      7,     10,  12,
+                                49,    121,   127,     128,     129,     144,    255,   256, 1000,
+                                4096,  8191,  8192,    8193,    8194,    32639,  12345, -1,  -7,
+                                65536, 65537, 1 << 24, 1 << 30, INT_MAX, INT_MIN};
+    constexpr int taps[][2] = {{1, 127},    {1, -127},    {-1, 127},     {-127, -1},      {1, 128},
+                               {128, -127}, {255, 32767}, {-1, 32768},   {-32767, -1},    {127, 65536},
+                               {-3, 65000}, {1, 8000000}, {-1, 8400000}, {1, -2000000000}};
+    ForEachVariant([&] {
+        for (const auto& pair : taps)
+            for (const int divisor : divisors)
+                CheckEverySum(pair[0], pair[1], divisor);
+    });
+}
+
+TEST(ByteFilters, MoreTapsThanVectorsServe_AreThePlainSum)
+{
+    std::mt19937 random(5);
+    for (const int size : {511, 512, 513})
+        for (const int divisor : {1, 64, 121, 144})
+            CheckCall<u8>(pxRowFilter_8u_C4, Axis::Row, 4, 4, 17, 1, {}, RandomTaps(random, size, 0), 3,
+                          divisor, Noise::Uniform);
 }
 
 } // namespace

@@ -13,6 +13,9 @@ TEST(ResizeKernels, EveryAvailableVariant_HasItsLoops)
         if (IsAvailable(variant)) {
             EXPECT_NE(ResizeKernelsFor(variant).across, nullptr);
             EXPECT_NE(ResizeKernelsFor(variant).down, nullptr);
+            EXPECT_NE(ResizeKernelsFor(variant).widen, nullptr);
+            EXPECT_NE(ResizeKernelsFor(variant).acrossFloats, nullptr);
+            EXPECT_NE(ResizeKernelsFor(variant).downFloats, nullptr);
             EXPECT_EQ(&ResizeKernelsFor(variant), &ResizeKernelsFor(variant));
         }
 }

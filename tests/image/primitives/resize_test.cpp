@@ -426,6 +426,60 @@ TEST(ResizeAround, GivesTheWholeResultButForTheHole)
     }
 }
 
+TEST(ResizeLevelsAround, GivesTheWholeResultCutToLevelsButForTheHole)
+{
+    struct Case {
+        int width, height, code;
+        double xFactor, yFactor;
+    };
+    // The last two are taken for pxLinear and pxNearest: they are too small.
+    for (const Case& given : {Case{600, 21, pxCubic, 1.25, 1.5}, Case{600, 21, pxLanczos, 0.7, 1.1},
+                              Case{600, 21, pxAverage, 0.5, 0.4}, Case{300, 3, pxCubic, 2.0, 5.0},
+                              Case{300, 1, pxCubic, 2.0, 9.0}})
+        for (const PxRect& hole : {PxRect{0, 0, 0, 0}, PxRect{200, 2, 400, 3}, PxRect{-5, -5, 900, 900}}) {
+            GuardedPicture src(given.width, given.height, PF_BGRA32F);
+            src.FillNoise(1, Noise::Special);
+            src.Freeze();
+            const int width = static_cast<int>(given.width * given.xFactor + 1e-7);
+            const int height = static_cast<int>(given.height * given.yFactor + 1e-7);
+            GuardedPicture whole(width, height, PF_BGRA32F);
+            ASSERT_EQ(CallOn(src, WholeOf(src), whole, given.xFactor, given.yFactor, given.code).Run(), pxOk);
+            ForEachVariant([&] {
+                GuardedPicture around(width, height, PF_BGRA32F);
+                ASSERT_EQ(pxResizeLevelsAround_32f_C4(src.FloatRow(0), given.width, given.height,
+                                                      src.Stride(), WholeOf(src), around.FloatRow(0),
+                                                      around.Stride(), width, height, given.xFactor,
+                                                      given.yFactor, given.code, hole),
+                          pxOk);
+                for (int y = 0; y < height; ++y)
+                    for (int x = 0; x < width; ++x) {
+                        if (x >= hole.x && x < hole.x + hole.width && y >= hole.y && y < hole.y + hole.height)
+                            continue;
+                        for (int channel = 0; channel < 4; ++channel) {
+                            const float value = whole.Float(x, y, channel);
+                            const float level = value > 0.0f ? std::min(value, 1.0f) : 0.0f;
+                            ASSERT_EQ(around.Float(x, y, channel), level) << x << ", " << y;
+                        }
+                    }
+                around.Check();
+            });
+        }
+}
+
+TEST(ResizeLevelsAround, LeavesStripsInsideTheHoleAsTheyStand)
+{
+    GuardedPicture src(1400, 8, PF_BGRA32F), around(1400, 8, PF_BGRA32F);
+    src.FillNoise(1);
+    around.FillFloat(7.0f, 7.0f, 7.0f, 7.0f);
+    ASSERT_EQ(pxResizeLevelsAround_32f_C4(src.FloatRow(0), 1400, 8, src.Stride(), WholeOf(src),
+                                          around.FloatRow(0), around.Stride(), 1400, 8, 1.0, 1.0, pxCubic,
+                                          {100, 2, 1200, 4}),
+              pxOk);
+    EXPECT_EQ(around.Float(700, 4, 0), 7.0f);
+    EXPECT_EQ(around.Float(700, 1, 0), src.Float(700, 1, 0));
+    EXPECT_EQ(around.Float(700, 6, 0), src.Float(700, 6, 0));
+}
+
 TEST(Resize, Nearest_CopiesFloatsOfEveryKind)
 {
     for (const std::uint32_t format : {PF_Mask32F, PF_BGRA32F}) {

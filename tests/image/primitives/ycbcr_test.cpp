@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/image/primitives/regions.h"
+#include "tests/image/variants.h"
 #include "tests/reference/ycbcr.h"
 #include "tests/support/guarded_picture.h"
 
@@ -26,7 +27,7 @@ void CheckMember(const char* name, decltype(&pxYCbCr422ToRGB) member, int from, 
                  Row (*plain)(const Row&, int))
 {
     SCOPED_TRACE(name);
-    for (int width = 1; width <= 33; ++width)
+    for (int width = 1; width <= 70; ++width)
         for (const Noise noise : {Noise::Uniform, Noise::Leaning, Noise::Special})
             ForEachLayout([&](const PictureLayout& layout) {
                 GuardedPicture src(width, 3, from, kNoFormat, layout), dst(width, 3, to, kNoFormat, layout);
@@ -61,29 +62,34 @@ void CheckMember(const char* name, decltype(&pxYCbCr422ToRGB) member, int from, 
 
 TEST(YCbCr422, EveryMember_IsThePlainConversionAndRefusesBadArguments)
 {
-    CheckMember("pxYCbCr422ToRGB", pxYCbCr422ToRGB, 2, 3, reference::RgbRow);
-    CheckMember("pxRGBToYCbCr422", pxRGBToYCbCr422, 3, 2, reference::YCbCrRow);
+    ForEachVariant([] {
+        CheckMember("pxYCbCr422ToRGB", pxYCbCr422ToRGB, 2, 3, reference::RgbRow);
+        CheckMember("pxRGBToYCbCr422", pxRGBToYCbCr422, 3, 2, reference::YCbCrRow);
+    });
 }
 
 TEST(YCbCr422, EveryTripleOfAFewLevels_ComesOutBothWays)
 {
-    for (int first = 0; first < 256; ++first)
-        for (int second = 0; second < 256; second += 5) {
-            Row src, rgb;
-            for (int third = 0; third < 256; third += 5)
-                for (const int value : {first, second, 255 - first, third}) {
-                    src.push_back(static_cast<std::uint8_t>(value));
-                    rgb.push_back(static_cast<std::uint8_t>(value));
-                }
-            const int width = static_cast<int>(src.size()) / 2, colours = static_cast<int>(rgb.size()) / 3;
-            Row dst(static_cast<std::size_t>(width) * 3), ycbcr(static_cast<std::size_t>(colours) * 2);
-            ASSERT_EQ(pxYCbCr422ToRGB(src.data(), width * 2, dst.data(), width * 3, width, 1), pxOk);
-            ASSERT_EQ(dst, reference::RgbRow(src, width)) << first << ", " << second;
-            ASSERT_EQ(pxRGBToYCbCr422(rgb.data(), static_cast<int>(rgb.size()), ycbcr.data(), colours * 2,
-                                      colours, 1),
-                      pxOk);
-            ASSERT_EQ(ycbcr, reference::YCbCrRow(rgb, colours)) << first << ", " << second;
-        }
+    ForEachVariant([] {
+        for (int first = 0; first < 256; ++first)
+            for (int second = 0; second < 256; second += 5) {
+                Row src, rgb;
+                for (int third = 0; third < 256; third += 5)
+                    for (const int value : {first, second, 255 - first, third}) {
+                        src.push_back(static_cast<std::uint8_t>(value));
+                        rgb.push_back(static_cast<std::uint8_t>(value));
+                    }
+                const int width = static_cast<int>(src.size()) / 2,
+                          colours = static_cast<int>(rgb.size()) / 3;
+                Row dst(static_cast<std::size_t>(width) * 3), ycbcr(static_cast<std::size_t>(colours) * 2);
+                ASSERT_EQ(pxYCbCr422ToRGB(src.data(), width * 2, dst.data(), width * 3, width, 1), pxOk);
+                ASSERT_EQ(dst, reference::RgbRow(src, width)) << first << ", " << second;
+                ASSERT_EQ(pxRGBToYCbCr422(rgb.data(), static_cast<int>(rgb.size()), ycbcr.data(), colours * 2,
+                                          colours, 1),
+                          pxOk);
+                ASSERT_EQ(ycbcr, reference::YCbCrRow(rgb, colours)) << first << ", " << second;
+            }
+    });
 }
 
 TEST(YCbCr422ToRGB, HandComputedPairs_ComeOut)
