@@ -433,6 +433,26 @@ TEST(WarpAffine, OtherFormatsAndNoPictures_AreFalse)
     dst.Check();
 }
 
+/// A corner of a picture of floats whose label says floats, but whose pixels are said to have four bytes.
+FrameBuffer Mislabelled(const GuardedPicture& floats)
+{
+    FrameBuffer view;
+    view.Attach(floats.Row(0), 5, 5, floats.Stride(), 4, PF_BGRA32F, false);
+    return view;
+}
+
+TEST(WarpAffine, LabelsOfLargerPixels_AreFalseThoughTheRowsAreLongEnough)
+{
+    const GuardedPicture src(5, 5, PF_BGRA32F);
+    GuardedPicture dst(5, 5, PF_BGRA32F);
+    dst.FillNoise(1);
+    dst.Freeze();
+    FrameBuffer from = Mislabelled(src), to = Mislabelled(dst), whole = ViewOf(dst);
+    EXPECT_FALSE(ImageOps().WarpAffine(from, whole, Transform2D()));
+    EXPECT_FALSE(ImageOps().WarpAffine(ViewOf(src), to, Transform2D()));
+    dst.Check();
+}
+
 TEST(WarpAffine, PicturesOfUnlikeFormats_NeverReachPastARow)
 {
     for (const std::uint32_t from : kServedFormats)
@@ -574,6 +594,19 @@ TEST(WarpQuad, OtherFormatsAndNoPictures_AreFalse)
         EXPECT_FALSE(ImageOps().WarpQuad(bad, to, good, pxLinear)) << kind;
         EXPECT_FALSE(ImageOps().WarpQuad(ViewOf(src), bad, good, pxLinear)) << kind;
     }
+    dst.Check();
+}
+
+TEST(WarpQuad, LabelsOfLargerPixels_AreFalseThoughTheRowsAreLongEnough)
+{
+    const GuardedPicture src(5, 5, PF_BGRA32F);
+    GuardedPicture dst(5, 5, PF_BGRA32F);
+    dst.FillNoise(1);
+    dst.Freeze();
+    constexpr Corners rest = {{0, 0}, {4, 0}, {4, 4}, {0, 4}};
+    FrameBuffer from = Mislabelled(src), to = Mislabelled(dst), whole = ViewOf(dst);
+    EXPECT_FALSE(ImageOps().WarpQuad(from, whole, rest, pxLinear));
+    EXPECT_FALSE(ImageOps().WarpQuad(ViewOf(src), to, rest, pxLinear));
     dst.Check();
 }
 

@@ -121,6 +121,26 @@ TEST(TentFilter, EveryTapCount_RoundsBytesAsTheFiltersDo)
         }
 }
 
+TEST(TentFilter, TapsBeyondSinglePrecision_RoundBytesAsTheFiltersDo)
+{
+    // A tent of 511 taps weighs 256 * 256: times 255 that still fits the 24 bits of a float, 514 taps do not.
+    for (const int taps : {511, 514, 600})
+        for (const bool truncate : {false, true})
+            for (const bool tall : {false, true}) {
+                TentJob job = JobOf(12, 12, tall ? 3 : taps, tall ? taps : 3, false);
+                job.truncate = truncate;
+                GuardedPicture src(12, 12, PF_BGRA8);
+                src.FillNoise(static_cast<std::uint32_t>(taps));
+                const Picture expected = reference::PlainBlur(reference::Read(src), StepsOf(job));
+                ForEachVariant([&] {
+                    GuardedPicture dst(12, 12, PF_BGRA8);
+                    MemoryAllocator allocator;
+                    ASSERT_EQ(RunTent(src, job, dst, allocator), TentResult::Done);
+                    ASSERT_TRUE(reference::Matches(dst, expected)) << taps << " taps, truncate " << truncate;
+                });
+            }
+}
+
 TEST(TentFilter, SizesWithoutAnInside_AreNotServed)
 {
     for (int side = 1; side <= 5; ++side)

@@ -55,7 +55,8 @@ std::vector<Transform2D> Moves()
 /// Both ways of a row over the whole of a picture, against WarpAffine on transparent black, and Mix.
 void CheckRows(int width, int height, std::uint32_t format, const Transform2D& move)
 {
-    GuardedPicture picture(width, height, format), warped(width, height, format), mean(width, height, format);
+    GuardedPicture picture(width, height, format, {.slack = 12}), warped(width, height, format),
+        mean(width, height, format);
     picture.FillNoise(1);
     warped.FillBytes(0);
     const FrameBuffer source = ViewOf(picture);

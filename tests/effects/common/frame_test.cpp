@@ -1,5 +1,6 @@
 #include "effects/common/frame.h"
 
+#include <cstring>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -50,6 +51,39 @@ TEST(Frame, AttachCorner_IsTheTopLeftInTheOrderOfMemory)
     EXPECT_EQ(corner.GetFormat(), PF_ARGB8);
     EXPECT_TRUE(corner.IsBottomUp());
     EXPECT_FALSE(corner.IsOwned());
+}
+
+TEST(Frame, AllocateLike_HasTheSizeAskedForAndThePicturesLabels)
+{
+    std::vector<std::uint8_t> memory(5 * 24);
+    FrameBuffer picture, scratch;
+    picture.Attach(memory.data() + 4 * 24, 6, 5, -24, 4, PF_ARGB8, false); // upward rows
+    MemoryAllocator allocator;
+    ASSERT_TRUE(AllocateLike(scratch, picture, {9, 3}, allocator));
+    EXPECT_EQ(scratch.GetWidth(), 9);
+    EXPECT_EQ(scratch.GetHeight(), 3);
+    EXPECT_EQ(scratch.GetPixelBytes(), 4);
+    EXPECT_EQ(scratch.GetFormat(), PF_ARGB8);
+    EXPECT_TRUE(scratch.IsBottomUp());
+    EXPECT_TRUE(scratch.IsOwned());
+}
+
+TEST(Frame, SetAside_CopiesAPictureThatTheOutputWouldOverwrite)
+{
+    std::vector<std::uint8_t> memory(6 * 24, 7), other(6 * 24);
+    FrameBuffer picture, into, elsewhere, aside;
+    picture.Attach(memory.data(), 6, 3, 24, 4, PF_BGRA8, false);
+    into.Attach(memory.data() + 2 * 24, 6, 4, 24, 4, PF_BGRA8, false); // the last row is both
+    elsewhere.Attach(other.data(), 6, 3, 24, 4, PF_BGRA8, false);
+    MemoryAllocator allocator;
+    ASSERT_TRUE(SetAside(picture, elsewhere, aside, allocator));
+    EXPECT_EQ(aside.GetPixels(), memory.data());
+    ASSERT_TRUE(SetAside(picture, into, aside, allocator));
+    EXPECT_NE(aside.GetPixels(), memory.data());
+    EXPECT_EQ(aside.GetWidth(), 6);
+    EXPECT_EQ(aside.GetHeight(), 3);
+    for (int y = 0; y < 3; ++y)
+        EXPECT_EQ(std::memcmp(aside.GetPixels() + y * aside.GetStride(), memory.data(), 24), 0) << y;
 }
 
 TEST(Frame, HasWholePixelRows_OnlyForStridesThatAreMultiples)

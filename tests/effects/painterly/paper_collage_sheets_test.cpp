@@ -30,9 +30,9 @@ PaperLook PlainLook()
 
 /// Lays `picture`, whose red is also its grey, on a canvas of the same size.
 GuardedPicture Laid(int count, const std::array<std::uint8_t, 256>& sheetOf, const GuardedPicture& picture,
-                    const PaperLook& look)
+                    const PaperLook& look, FakeHost* host = nullptr)
 {
-    MemoryAllocator allocator;
+    MemoryAllocator allocator(host);
     PaperSheets sheets(count, sheetOf);
     GuardedPicture canvas(picture.Width(), picture.Height(), PF_BGRA8);
     EXPECT_TRUE(sheets.Allocate({picture.Width(), picture.Height()}, look.shadowMargin, allocator));
@@ -180,6 +180,29 @@ TEST(PaperSheets, Allocate_AMarginBeyondAnyPicture_IsFalse)
     }
     PaperSheets sheets(2, {});
     EXPECT_TRUE(sheets.Allocate({100, 100}, 1000, allocator));
+}
+
+// Around the canvas softening finds black, not what the memory happened to hold.
+TEST(PaperSheets, Lay_MemoryOfAnyContent_GivesTheSamePicture)
+{
+    GuardedPicture picture(12, 9, PF_BGRA8);
+    picture.FillNoise(3);
+    PaperLook look = PlainLook();
+    look.shadowDistance = 1;
+    look.shadow = {1, -1};
+    for (const int margin : {0, 1, 4}) {
+        look.shadowMargin = margin;
+        std::vector<GuardedPicture> canvases;
+        for (const std::uint32_t fill : {0u, 0xFFFFFFFFu}) {
+            MemoryHabits habits;
+            habits.fill = fill;
+            FakeMemoryProvider memory(habits);
+            FakeHost host;
+            host.SetMemory(&memory);
+            canvases.push_back(Laid(3, ThreeSheets(), picture, look, &host));
+        }
+        EXPECT_TRUE(Equal(canvases[0], canvases[1])) << margin;
+    }
 }
 
 TEST(PaperSheets, Allocate_RefusedMemory_IsFalse)

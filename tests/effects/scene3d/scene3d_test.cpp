@@ -6,6 +6,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -520,17 +521,19 @@ TEST(Scene3D, DrawFace_ATextureWithoutPixels_IsLeftOut)
 
 TEST(Scene3D, DrawFace_ABackTextureThatIsSmaller_IsTransparentWhereItEnds)
 {
-    Stage stage;
-    const GuardedPicture small = Noisy(4, 9, PF_BGRA8, 8);
-    const FrameBuffer back = ViewOf(small);
-    QuadFace face = TurnedAway(stage);
-    face.SetBackTexture(&back);
-    stage.scene.SetFlags(Scene3D::kTwoSided);
-    EXPECT_TRUE(stage.scene.DrawFace(face, kCode, false));
-    for (int y = 0; y < 9; ++y)
-        for (int x = 0; x < 9; ++x)
-            for (int c = 0; c < 4; ++c)
-                ASSERT_EQ(stage.out.Byte(x, y, c), x < 4 ? small.Byte(x, y, c) : 0);
+    for (const auto& [width, height] : {std::pair{4, 9}, std::pair{9, 4}}) {
+        Stage stage;
+        const GuardedPicture small = Noisy(width, height, PF_BGRA8, 8);
+        const FrameBuffer back = ViewOf(small);
+        QuadFace face = TurnedAway(stage);
+        face.SetBackTexture(&back);
+        stage.scene.SetFlags(Scene3D::kTwoSided);
+        EXPECT_TRUE(stage.scene.DrawFace(face, kCode, false));
+        for (int y = 0; y < 9; ++y)
+            for (int x = 0; x < 9; ++x)
+                for (int c = 0; c < 4; ++c)
+                    ASSERT_EQ(stage.out.Byte(x, y, c), x < width && y < height ? small.Byte(x, y, c) : 0);
+    }
 }
 
 TEST(Scene3D, DrawFace_PartsFarOutsideTheTexture_AreLeftOut)

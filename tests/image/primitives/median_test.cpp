@@ -126,6 +126,12 @@ TEST(Median, LargeMasks_AreTheMiddleInOrder)
                                 NoiseOf(7, noise));
 }
 
+TEST(Median, MasksWiderThanAStrip_AreTheMiddleInOrder)
+{
+    for (const int width : {2047, 2049, 5001}) // strips are 2048 columns, or more beside a wide mask
+        CheckAgainstSorting({3, 2}, reference::CentredMask(width, 1), NoiseOf(7, Noise::Uniform));
+}
+
 TEST(Median, FlatCheckeredRampsAndFewValues_AreTheMiddleInOrder)
 {
     for (const auto& size : {Region{1, 1}, {3, 3}, {1, 9}, {9, 1}, {15, 15}, {31, 9}, {9, 65}})

@@ -75,6 +75,8 @@ TEST(InvertAffine, MapsWithoutAFiniteInverse_AreDegenerate)
     const double singular[2][3] = {{2, 6, 0}, {1, 3, 0}}, far[2][3] = {{1e-200, 0, 1e200}, {0, 1, 0}};
     EXPECT_EQ(InvertAffine(singular, map), pxDegenerateWarp);
     EXPECT_EQ(InvertAffine(far, map), pxDegenerateWarp);
+    const double farBack[2][3] = {{1e-60, 0, 1e60}, {0, 1, 0}}; // harmless itself, but 0 comes from -1e120
+    EXPECT_EQ(InvertAffine(farBack, map), pxDegenerateWarp);
     for (const double bad : {kNotANumber, kInfinity, -kInfinity})
         for (int i = 0; i < 6; ++i) {
             double coeffs[2][3] = {{1, 0, 2.5}, {0, 1, -4}};
