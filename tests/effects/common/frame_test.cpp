@@ -56,9 +56,9 @@ TEST(Frame, AttachCorner_IsTheTopLeftInTheOrderOfMemory)
 TEST(Frame, AllocateLike_HasTheSizeAskedForAndThePicturesLabels)
 {
     std::vector<std::uint8_t> memory(5 * 24);
+    MemoryAllocator allocator;
     FrameBuffer picture, scratch;
     picture.Attach(memory.data() + 4 * 24, 6, 5, -24, 4, PF_ARGB8, false); // upward rows
-    MemoryAllocator allocator;
     ASSERT_TRUE(AllocateLike(scratch, picture, {9, 3}, allocator));
     EXPECT_EQ(scratch.GetWidth(), 9);
     EXPECT_EQ(scratch.GetHeight(), 3);
@@ -71,11 +71,11 @@ TEST(Frame, AllocateLike_HasTheSizeAskedForAndThePicturesLabels)
 TEST(Frame, SetAside_CopiesAPictureThatTheOutputWouldOverwrite)
 {
     std::vector<std::uint8_t> memory(6 * 24, 7), other(6 * 24);
+    MemoryAllocator allocator;
     FrameBuffer picture, into, elsewhere, aside;
     picture.Attach(memory.data(), 6, 3, 24, 4, PF_BGRA8, false);
     into.Attach(memory.data() + 2 * 24, 6, 4, 24, 4, PF_BGRA8, false); // the last row is both
     elsewhere.Attach(other.data(), 6, 3, 24, 4, PF_BGRA8, false);
-    MemoryAllocator allocator;
     ASSERT_TRUE(SetAside(picture, elsewhere, aside, allocator));
     EXPECT_EQ(aside.GetPixels(), memory.data());
     ASSERT_TRUE(SetAside(picture, into, aside, allocator));
