@@ -18,7 +18,7 @@ function(kelmora_test name)
     if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
         # GCC then takes the room within a string for all there is.
         target_compile_options(${name} PRIVATE
-            -O1 $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread>)
+            -O1 "$<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds;-Wno-stringop-overflow;-Wno-stringop-overread>")
     endif()
     target_precompile_headers(${name} PRIVATE <gtest/gtest.h> <algorithm> <cmath> <string> <vector>)
     if(CMAKE_CROSSCOMPILING)
