@@ -19,13 +19,20 @@ VideoFrame* Record(Input& input, VideoFrame* const (&records)[3])
     return choice == 31 ? nullptr : records[choice % 3];
 }
 
+/// Up to 15 behind `edge`, whatever that is.
+std::int32_t SomeBehind(std::int32_t edge, Input& input)
+{
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(edge)
+                                     + static_cast<std::uint32_t>(input.Below(16)));
+}
+
 void ResizeRegion(Input& input, IFrameProcessor& box, const VideoFrame* src, VideoFrame* dst)
 {
     FrameRect region = {};
     region.left = Number(input);
     region.top = Number(input);
-    region.right = input.Below(4) == 0 ? Number(input) : region.left + input.Below(16);
-    region.bottom = input.Below(4) == 0 ? Number(input) : region.top + input.Below(16);
+    region.right = input.Below(4) == 0 ? Number(input) : SomeBehind(region.left, input);
+    region.bottom = input.Below(4) == 0 ? Number(input) : SomeBehind(region.top, input);
     box.ResizeRegion(src, input.Below(32) == 0 ? nullptr : &region, dst, input.Below(5) - 1);
 }
 
