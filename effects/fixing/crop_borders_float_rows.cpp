@@ -15,12 +15,6 @@ namespace {
 typedef float Pixel __attribute__((vector_size(16)));
 typedef std::int32_t PixelBits __attribute__((vector_size(16)));
 
-/// First byte of a row of a picture that has pixels.
-std::uint8_t* RowOf(const FrameBuffer& picture, int y)
-{
-    return picture.GetPixels() + std::ptrdiff_t{picture.GetStride()} * y;
-}
-
 Pixel LoadPixel(const std::uint8_t* row, int x)
 {
     Pixel pixel;

@@ -15,12 +15,6 @@ namespace {
 /// Rows and columns that a blur loses at every edge.
 constexpr int kLost = 2;
 
-/// First byte of a row of a picture that has pixels.
-std::uint8_t* RowOf(const FrameBuffer& picture, int y)
-{
-    return picture.GetPixels() + std::ptrdiff_t{picture.GetStride()} * y;
-}
-
 /// Gives `first` the mask's levels as its alpha, and `second` a full one. No two of the rows overlap.
 void SetAlphas(std::uint32_t* __restrict first, std::uint32_t* __restrict second,
                const std::uint32_t* __restrict mask, int maskShift, int alphaShift, int count)

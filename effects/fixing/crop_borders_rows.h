@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "effects/fixing/crop_borders_plan.h"
 #include "image/frame_buffer.h"
 #include "image/memory_allocator.h"
@@ -14,6 +17,12 @@ struct Crop {
 
 /// Smaller pictures have no inside that a blur could start from.
 inline constexpr int kLeastSide = 16;
+
+/// First byte of a row of a picture that has pixels.
+inline std::uint8_t* RowOf(const FrameBuffer& picture, int y)
+{
+    return picture.GetPixels() + std::ptrdiff_t{picture.GetStride()} * y;
+}
 
 /// The two styles with a soft edge as one pass over the rows of byte pictures, without a mask or any other scratch
 /// picture: a blurred rectangle's rows differ in nothing but the level that they have inside, of which there are
