@@ -38,12 +38,38 @@ TentScale ScaleFor(int taps, bool floats, bool truncate)
 
 // --- the run ------------------------------------------------------------------------------------------
 
+/// The rows of a picture in memory.
+class PictureRows final : public TentRowSource {
+public:
+    explicit PictureRows(const FrameBuffer& picture) : m_picture(picture) {}
+    const std::uint8_t* Row(int y) override { return m_picture.PixelAddress(0, y, 0); }
+
+private:
+    const FrameBuffer& m_picture;
+};
+
+/// The rows or columns that one direction works on.
+struct TentRange {
+    int first, last; ///< results
+    int from, to;    ///< pixels that they are made of, and that count; those beyond are as these
+
+    /// `first`, `last`: results that are wanted; `lastKept`: the last pixel that counts.
+    TentRange(int firstWanted, int lastWanted, int lastKept, int taps)
+        : first(firstWanted), last(lastWanted),
+          from(std::clamp(first - (taps - 1 - taps / 2), TentJob::kFirstKept, lastKept)),
+          to(std::clamp(last + taps / 2, TentJob::kFirstKept, lastKept))
+    {
+    }
+};
+
 /// One filter run: working space, and the block loop over it.
 class TentRun {
 public:
-    TentRun(const FrameBuffer& src, const TentJob& job)
-        : m_src(src), m_job(job), m_floats(IsFloat(src.GetFormat())),
-          m_kernels(TentKernelsFor(CurrentVariant())),
+    TentRun(TentRowSource& src, bool floats, const TentJob& job)
+        : m_src(src), m_job(job), m_part(job.Part()), m_columns(ColumnsOf(job)), m_lines(LinesOf(job)),
+          m_readFrom(m_part.x == 0 ? 0 : m_columns.from),
+          m_readWidth(std::max(m_columns.to + 1, m_part.x + m_part.size.width) - m_readFrom),
+          m_floats(floats), m_kernels(TentKernelsFor(CurrentVariant())),
           m_blockRows(m_floats ? m_kernels.floatRows : m_kernels.byteRows),
           m_columnBytes(m_blockRows * PixelBytes()), m_columnTaps(TapsOf(job.columnTaps)),
           m_rowTaps(TapsOf(job.rowTaps)), m_columnScale(ScaleFor(job.columnTaps, m_floats, job.truncate)),
@@ -53,13 +79,13 @@ public:
 
     bool Allocate(MemoryAllocator& allocator)
     {
-        const std::int64_t width = m_job.size.width;
-        const std::int64_t values = (width + kTentSpare) * 4;
+        const std::int64_t width = m_part.size.width;
+        const std::int64_t values = (std::int64_t{m_readWidth} + kTentSpare) * 4;
         const std::int64_t slopeBytes = values * (m_floats ? 8 : 4);
         const std::int64_t sumBytes = values * (m_floats ? 8 : 4);
         m_rowStep = (width + kTentSpare) * PixelBytes();
         const std::int64_t turnedBytes = (LeftPad() + width + RightPad() + kTentSpare) * m_columnBytes;
-        const std::int64_t longestRun = std::max(m_blockRows, m_columnTaps.last);
+        const std::int64_t longestRun = std::max(m_blockRows, StepsToFirstRow());
         const std::int64_t tapBytes = longestRun * 4 * static_cast<std::int64_t>(sizeof(const std::uint8_t*));
         return m_slope.Allocate(allocator, slopeBytes) && m_sum.Allocate(allocator, sumBytes)
             && m_turned.Allocate(allocator, turnedBytes)
@@ -70,13 +96,12 @@ public:
 
     void Run(TentRowSink& sink)
     {
-        const int first = TentJob::kFirstKept;
-        const int last = m_job.LastRow();
+        const int last = m_lines.last;
         if (m_floats)
             MakeKernels();
-        m_summable = RowsAreSummable(first + m_columnTaps.last - 1);
+        m_summable = RowsAreSummable(m_lines.first + m_columnTaps.last - 1);
         MoveToFirstRow();
-        for (int y = first; y <= last; y += m_blockRows) {
+        for (int y = m_lines.first; y <= last; y += m_blockRows) {
             m_summable = m_summable && RowsAreSummable(y + m_blockRows - 1 + m_columnTaps.last);
             if (m_summable)
                 FilterBlock(y);
@@ -88,17 +113,34 @@ public:
     }
 
 private:
-    int PixelBytes() const { return m_floats ? 16 : 4; }
-    int LeftPad() const { return m_job.rowTaps + 1; }
-    int RightPad() const { return m_rowTaps.last; }
-    std::uint8_t* Turned(int x) const
+    static TentRange ColumnsOf(const TentJob& job)
     {
-        return m_turned.Bytes() + std::int64_t{m_columnBytes} * (LeftPad() + x);
+        const TentPart part = job.Part();
+        return {part.x, part.x + part.size.width - 1, job.LastColumn(), job.rowTaps};
     }
 
+    /// Rows that do not count are handed out as copies of the nearest that does.
+    static TentRange LinesOf(const TentJob& job)
+    {
+        const TentPart part = job.Part();
+        const auto kept = [&job](int y) { return std::clamp(y, TentJob::kFirstKept, job.LastRow()); };
+        return {kept(part.y), kept(part.y + part.size.height - 1), job.LastRow(), job.columnTaps};
+    }
+
+    int PixelBytes() const { return m_floats ? 16 : 4; }
+    /// Before the part's first column: what the first sum is made of, and the kernel once more.
+    int LeftPad() const { return std::max(m_part.x - m_columns.from, 0) + m_job.rowTaps + 1; }
+    int RightPad() const { return m_rowTaps.last; }
+    /// `x`: from the picture's left.
+    std::uint8_t* Turned(int x) const
+    {
+        return m_turned.Bytes() + std::int64_t{m_columnBytes} * (LeftPad() + x - m_part.x);
+    }
+
+    /// The row, or the nearest that the results are made of, from the first column that is read.
     const std::uint8_t* SourceRow(int y) const
     {
-        return m_src.PixelAddress(0, std::clamp(y, TentJob::kFirstKept, m_job.LastRow()), 0);
+        return m_src.Row(std::clamp(y, m_lines.from, m_lines.to)) + std::ptrdiff_t{m_readFrom} * PixelBytes();
     }
 
     TentColumns ColumnJob(int firstRow, int steps)
@@ -113,7 +155,7 @@ private:
         TentColumns job = {};
         job.taps = taps;
         job.steps = steps;
-        job.width = m_job.size.width;
+        job.width = m_readWidth;
         job.slope = m_slope.Bytes();
         job.sum = m_sum.Bytes();
         job.weights = TentSum(m_job.columnTaps);
@@ -127,28 +169,30 @@ private:
         (m_floats ? m_kernels.floatColumns : m_kernels.byteColumns)(job);
     }
 
+    int StepsToFirstRow() const { return std::max(m_lines.first - m_lines.from + m_columnTaps.last - 1, 0); }
+
     /// Brings the column sums to the row before the first: from a window that holds nothing but copies of
     /// the first row that counts.
     void MoveToFirstRow()
     {
-        const int steps = std::max(m_columnTaps.last - 1, 0);
-        TentColumns job = ColumnJob(TentJob::kFirstKept - steps, steps);
-        job.flat = SourceRow(TentJob::kFirstKept);
+        const int steps = StepsToFirstRow();
+        TentColumns job = ColumnJob(m_lines.first - steps, steps);
+        job.flat = SourceRow(m_lines.from);
         RunColumns(job);
     }
 
     void FilterBlock(int y)
     {
         TentColumns columns = ColumnJob(y, m_blockRows);
-        columns.turned = Turned(0);
+        columns.turned = Turned(m_readFrom);
         RunColumns(columns);
         PadTurned();
 
         TentRows rows = {};
-        rows.turned = Turned(0);
+        rows.turned = Turned(m_part.x);
         rows.taps = m_rowTaps;
-        rows.lead = std::max(m_rowTaps.last - TentJob::kFirstKept, 0);
-        rows.width = m_job.size.width;
+        rows.lead = std::max(m_part.x + m_rowTaps.last - m_columns.from, 0);
+        rows.width = m_part.size.width;
         rows.rows = m_rows.Bytes();
         rows.rowStep = static_cast<int>(m_rowStep);
         rows.weights = TentSum(m_job.rowTaps);
@@ -172,14 +216,14 @@ private:
     bool RowsAreSummable(int last)
     {
         bool summable = true;
-        for (; m_floats && m_rowsSeen <= std::min(last, m_job.LastRow()); ++m_rowsSeen)
-            summable &= IsSummable(m_src.PixelAddress(0, m_rowsSeen, 0), m_job.size.width);
+        for (; m_floats && m_rowsSeen <= std::min(last, m_lines.to); ++m_rowsSeen)
+            summable &= IsSummable(SourceRow(m_rowsSeen), m_readWidth);
         return summable;
     }
 
     void FilterBlockAfresh(int y)
     {
-        for (int r = 0; r < m_blockRows && y + r <= m_job.LastRow(); ++r) {
+        for (int r = 0; r < m_blockRows && y + r <= m_lines.last; ++r) {
             auto* row = reinterpret_cast<float*>(m_rows.Bytes() + m_rowStep * r);
             FilterRowAfresh(y + r, row);
         }
@@ -187,23 +231,23 @@ private:
 
     void FilterRowAfresh(int y, float* row)
     {
-        const int width = m_job.size.width;
         auto* sums = reinterpret_cast<double*>(m_sum.Bytes());
-        std::fill_n(sums, width * 4, 0.0);
+        std::fill_n(sums, m_readWidth * 4, 0.0);
         for (int j = 0; j < m_job.columnTaps; ++j) {
             const auto* from =
                 reinterpret_cast<const px::LooseFloat*>(SourceRow(y + m_job.columnTaps / 2 - j));
             const double weight = static_cast<double>(ColumnKernel()[j]);
-            for (int i = 0; i < width * 4; ++i)
+            for (int i = 0; i < m_readWidth * 4; ++i)
                 sums[i] += weight * static_cast<double>(from[i].v);
         }
         auto* filtered = reinterpret_cast<float*>(m_turned.Bytes());
-        for (int i = 0; i < width * 4; ++i)
+        for (int i = 0; i < m_readWidth * 4; ++i)
             filtered[i] = static_cast<float>(sums[i]);
-        for (int x = 0; x < width; ++x) {
+        for (int x = 0; x < m_part.size.width; ++x) {
             double sum[4] = {};
             for (int j = 0; j < m_job.rowTaps; ++j) {
-                const int at = std::clamp(x + m_job.rowTaps / 2 - j, TentJob::kFirstKept, m_job.LastColumn());
+                const int reached = m_part.x + x + m_job.rowTaps / 2 - j;
+                const int at = std::clamp(reached, m_columns.from, m_columns.to) - m_readFrom;
                 for (int c = 0; c < 4; ++c)
                     sum[c] += static_cast<double>(RowKernel()[j]) * static_cast<double>(filtered[4 * at + c]);
             }
@@ -216,23 +260,26 @@ private:
     void PadTurned()
     {
         const auto column = static_cast<std::size_t>(m_columnBytes);
-        for (int x = -LeftPad(); x < TentJob::kFirstKept; ++x)
-            std::memcpy(Turned(x), Turned(TentJob::kFirstKept), column);
-        for (int x = m_job.LastColumn() + 1; x < m_job.size.width + RightPad(); ++x)
-            std::memcpy(Turned(x), Turned(m_job.LastColumn()), column);
+        for (int x = m_part.x - LeftPad(); x < m_columns.from; ++x)
+            std::memcpy(Turned(x), Turned(m_columns.from), column);
+        for (int x = m_columns.to + 1; x < m_part.x + m_part.size.width + RightPad(); ++x)
+            std::memcpy(Turned(x), Turned(m_columns.to), column);
     }
 
     /// Rows beyond the ones that count are copies as well.
     void HandOut(TentRowSink& sink, int y, const std::uint8_t* row)
     {
-        const int from = y == TentJob::kFirstKept ? 0 : y;
-        const int to = y == m_job.LastRow() ? m_job.size.height - 1 : y;
+        const int from = y == m_lines.first ? m_part.y : y;
+        const int to = y == m_lines.last ? m_part.y + m_part.size.height - 1 : y;
         for (int i = from; i <= to; ++i)
             sink.Row(i, row);
     }
 
-    const FrameBuffer& m_src;
+    TentRowSource& m_src;
     const TentJob& m_job;
+    const TentPart m_part;
+    const TentRange m_columns, m_lines;
+    const int m_readFrom, m_readWidth; ///< columns
     const bool m_floats;
     const TentKernels& m_kernels;
     const int m_blockRows;
@@ -240,7 +287,7 @@ private:
     const TentTaps m_columnTaps, m_rowTaps;
     const TentScale m_columnScale, m_rowScale;
     std::int64_t m_rowStep = 0;
-    int m_rowsSeen = TentJob::kFirstKept;
+    int m_rowsSeen = m_lines.from;
     bool m_summable = true;
     Scratch m_slope, m_sum, m_turned, m_rows, m_taps, m_kernel;
 };
@@ -255,20 +302,34 @@ bool HasPaddableSize(const TentJob& job)
         && std::max({job.padWidth, job.padHeight, job.rowTaps, job.columnTaps}) <= 1 << 16;
 }
 
+bool HasPartInside(const TentJob& job)
+{
+    const TentPart part = job.Part();
+    return part.x >= 0 && part.y >= 0 && std::int64_t{part.x} + part.size.width <= job.size.width
+        && std::int64_t{part.y} + part.size.height <= job.size.height;
+}
+
 } // namespace
 
 TentResult FilterTent(const FrameBuffer& src, const TentJob& job, MemoryAllocator& allocator,
                       TentRowSink& sink)
 {
     const std::uint32_t format = src.GetFormat();
-    if (!IsPicture(format) || src.GetPixelBytes() != PixelBytesOf(format)
-        || !Holds(src, job.size.width, PixelBytesOf(format)) || src.GetHeight() < job.size.height)
+    if (src.GetPixelBytes() != PixelBytesOf(format) || !Holds(src, job.size.width, PixelBytesOf(format))
+        || src.GetHeight() < job.size.height)
         return TentResult::NotServed;
-    if (!HasPaddableSize(job) || job.rowTaps < 1 || job.columnTaps < 1
-        || std::max(job.rowTaps, job.columnTaps) > kTentMostTaps || !job.HasInside())
+    PictureRows rows(src);
+    return FilterTent(rows, format, job, allocator, sink);
+}
+
+TentResult FilterTent(TentRowSource& src, std::uint32_t format, const TentJob& job,
+                      MemoryAllocator& allocator, TentRowSink& sink)
+{
+    if (!IsPicture(format) || !HasPaddableSize(job) || job.rowTaps < 1 || job.columnTaps < 1
+        || std::max(job.rowTaps, job.columnTaps) > kTentMostTaps || !job.HasInside() || !HasPartInside(job))
         return TentResult::NotServed;
 
-    TentRun run(src, job);
+    TentRun run(src, IsFloat(format), job);
     if (!run.Allocate(allocator))
         return TentResult::NoMemory;
     run.Run(sink);

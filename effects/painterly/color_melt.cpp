@@ -9,6 +9,7 @@
 #include "effects/painterly/dissolve.h"
 #include "image/image_ops.h"
 #include "image/pixel_format.h"
+#include "image/row_ring.h"
 #include "image/tent_filter.h"
 
 namespace kelmora {
@@ -41,19 +42,43 @@ Melt MakeMelt(const Knobs& knobs, float amount)
     return melt;
 }
 
-/// Blur, colours, edge step and dissolve in one pass over the rows.
-TentResult MeltRows(const FrameBuffer& mix, FrameBuffer& output, const TentJob& job, const MeltRow& melt,
+/// What is melted: two pictures, and the share of the second.
+struct Pair {
+    const FrameBuffer& first;
+    const FrameBuffer& second;
+    double fade;
+
+    void Row(int y, int width, std::uint8_t* to) const { DissolveRow(first, second, fade, y, width, to); }
+};
+
+void DissolveInto(FrameBuffer& output, const Pair& pair)
+{
+    for (int y = 0; y < output.GetHeight(); ++y)
+        pair.Row(y, output.GetWidth(), output.PixelAddress(0, y, 0));
+}
+
+/// Dissolve, blur, colours, edge step and the second dissolve in one pass over the rows. Of the first dissolve no
+/// more rows are kept than the blur looks at.
+TentResult MeltRows(const Pair& pair, FrameBuffer& output, const TentJob& job, const MeltRow& melt,
                     MemoryAllocator& allocator)
 {
-    return FilterTentRows(mix, job, allocator, [&](int y, const std::uint8_t* blurred) {
-        melt(mix.PixelAddress(0, y, 0), blurred, output.PixelAddress(0, y, 0), job.size.width);
+    const int width = job.size.width;
+    RowRing mix([&](int y, std::uint8_t* row) { pair.Row(y, width, row); });
+    if (!mix.Allocate(allocator, job.RowsAtOnce(), job.size.height,
+                      std::int64_t{width} * output.GetPixelBytes()))
+        return TentResult::NoMemory;
+    return FilterTentRows(mix, output.GetFormat(), job, allocator, [&](int y, const std::uint8_t* blurred) {
+        melt(mix.Row(y), blurred, output.PixelAddress(0, y, 0), width);
     });
 }
 
 /// The blur into the output, then the rest: for pictures too small to have an inside.
-bool MeltStepwise(const FrameBuffer& mix, FrameBuffer& output, const TentJob& job, const MeltRow& melt,
+bool MeltStepwise(const Pair& pair, FrameBuffer& output, const TentJob& job, const MeltRow& melt,
                   MemoryAllocator& allocator)
 {
+    FrameBuffer mix;
+    if (!Dissolve(pair.first, pair.second, mix, job.size, pair.fade, allocator))
+        return false;
     ImageOps ops;
     // Rows that the filters leave out show the mix.
     if (!ops.Copy(mix, output)
@@ -67,17 +92,17 @@ bool MeltStepwise(const FrameBuffer& mix, FrameBuffer& output, const TentJob& jo
     return true;
 }
 
-bool MeltPicture(const FrameBuffer& mix, FrameBuffer& output, const Knobs& knobs, float amount,
+bool MeltPicture(const Pair& pair, FrameBuffer& output, const Knobs& knobs, float amount,
                  MemoryAllocator& allocator)
 {
-    const int least = IsFloat(mix.GetFormat()) ? 1 : 2;
-    const int taps = std::max(color_melt::TapsFor(knobs.soften, mix.GetHeight(), amount), least);
+    const int least = IsFloat(output.GetFormat()) ? 1 : 2;
+    const int taps = std::max(color_melt::TapsFor(knobs.soften, output.GetHeight(), amount), least);
     if (taps > color_melt::kMostTaps)
         return false;
-    const TentJob job = TentJob::PaddedByTaps(SizeOf(mix), taps);
-    const MeltRow melt(mix.GetFormat(), MakeMelt(knobs, amount));
-    const TentResult result = MeltRows(mix, output, job, melt, allocator);
-    return result == TentResult::NotServed ? MeltStepwise(mix, output, job, melt, allocator)
+    const TentJob job = TentJob::PaddedByTaps(SizeOf(output), taps);
+    const MeltRow melt(output.GetFormat(), MakeMelt(knobs, amount));
+    const TentResult result = MeltRows(pair, output, job, melt, allocator);
+    return result == TentResult::NotServed ? MeltStepwise(pair, output, job, melt, allocator)
                                            : result == TentResult::Done;
 }
 
@@ -88,27 +113,27 @@ bool CColormelt::RenderFrame(const RenderCall& call)
     if (!call.info)
         return false;
     MemoryAllocator allocator(&call.host);
-    const auto given = ReadField<double>(call.info, offsetof(RenderInfo, progress));
-    const auto progress = static_cast<double>(static_cast<float>(ClampProgress(given)));
+    const auto asked = ReadField<double>(call.info, offsetof(RenderInfo, progress));
+    const auto progress = static_cast<double>(static_cast<float>(ClampProgress(asked)));
     const Knobs knobs = ReadKnobs(call.host);
 
-    FrameBuffer first, second, target, output;
-    first.AttachFrame(&call.firstPicture);
-    second.AttachFrame(call.secondPicture);
+    FrameBuffer given, givenSecond, target, output, first, second;
+    given.AttachFrame(&call.firstPicture);
+    givenSecond.AttachFrame(call.secondPicture);
     target.AttachFrame(&call.output);
-    const Size size = CommonSize(first, target);
-    if (!AreServedAlike(first, target) || IsEmpty(size))
+    const Size size = CommonSize(given, target);
+    if (!AreServedAlike(given, target) || IsEmpty(size))
         return true;
     AttachCorner(output, target, size);
+    // The rows of the output are done while those further down are still to be read.
+    if (!SetAside(given, output, first, allocator) || !SetAside(givenSecond, output, second, allocator))
+        return true;
 
     const Crossfade curve = CrossfadeCurve(progress, knobs.crossFade, knobs.tempo);
-    FrameBuffer mix;
-    if (!Dissolve(first, second, mix, size, curve.fade, allocator))
-        return true;
+    const Pair pair = {first, second, curve.fade};
     // At the ends the melt has no weight.
-    ImageOps ops;
-    if (curve.amount == 0.0f || !MeltPicture(mix, output, knobs, curve.amount, allocator))
-        ops.Copy(mix, output);
+    if (curve.amount == 0.0f || !MeltPicture(pair, output, knobs, curve.amount, allocator))
+        DissolveInto(output, pair);
     return true;
 }
 

@@ -20,6 +20,33 @@ void Clear(FrameBuffer& picture)
         std::memset(picture.PixelAddress(0, y, 0), 0, bytes);
 }
 
+/// The dissolve on the pixels of `mix`, whatever it showed before.
+void MixInto(FrameBuffer& mix, const FrameBuffer& first, const FrameBuffer& second, double fade)
+{
+    ImageOps ops;
+    const bool alike =
+        second.GetFormat() == first.GetFormat() && second.GetPixelBytes() == first.GetPixelBytes();
+    if (!Covers(first, SizeOf(mix)) || !Covers(second, SizeOf(mix)) || !alike)
+        Clear(mix);
+    if (fade == 0.0)
+        ops.Copy(first, mix);
+    else if (!alike)
+        return;
+    else if (fade == 1.0)
+        ops.Copy(second, mix);
+    else
+        ops.AddWeighted(first, second, mix, static_cast<float>(1.0 - fade), static_cast<float>(fade));
+}
+
+/// One row of a picture as a picture, without pixels where there is none.
+void AttachRow(FrameBuffer& view, const FrameBuffer& picture, int y)
+{
+    std::uint8_t* const row =
+        picture.GetPixels() && y < picture.GetHeight() ? picture.PixelAddress(0, y, 0) : nullptr;
+    view.Attach(row, picture.GetWidth(), 1, picture.GetStride(), picture.GetPixelBytes(), picture.GetFormat(),
+                picture.IsBottomUp());
+}
+
 } // namespace
 
 bool Dissolve(const FrameBuffer& first, const FrameBuffer& second, FrameBuffer& mix, Size size, double fade,
@@ -28,20 +55,19 @@ bool Dissolve(const FrameBuffer& first, const FrameBuffer& second, FrameBuffer& 
     if (!mix.Allocate(size.width, size.height, first.GetPixelBytes(), &allocator, first.GetFormat(),
                       first.IsBottomUp()))
         return false;
-    ImageOps ops;
-    const bool alike =
-        second.GetFormat() == first.GetFormat() && second.GetPixelBytes() == first.GetPixelBytes();
-    if (!Covers(first, size) || !Covers(second, size) || !alike)
-        Clear(mix);
-    if (fade == 0.0)
-        ops.Copy(first, mix);
-    else if (!alike)
-        return true;
-    else if (fade == 1.0)
-        ops.Copy(second, mix);
-    else
-        ops.AddWeighted(first, second, mix, static_cast<float>(1.0 - fade), static_cast<float>(fade));
+    MixInto(mix, first, second, fade);
     return true;
+}
+
+void DissolveRow(const FrameBuffer& first, const FrameBuffer& second, double fade, int y, int width,
+                 std::uint8_t* to)
+{
+    FrameBuffer firstRow, secondRow, mix;
+    AttachRow(firstRow, first, y);
+    AttachRow(secondRow, second, y);
+    mix.Attach(to, width, 1, width * first.GetPixelBytes(), first.GetPixelBytes(), first.GetFormat(),
+               first.IsBottomUp());
+    MixInto(mix, firstRow, secondRow, fade);
 }
 
 } // namespace kelmora

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "image/frame_buffer.h"
 #include "image/memory_allocator.h"
 #include "image/picture_check.h"
@@ -11,5 +13,10 @@ namespace kelmora {
 /// False when there is no memory.
 bool Dissolve(const FrameBuffer& first, const FrameBuffer& second, FrameBuffer& mix, Size size, double fade,
               MemoryAllocator& allocator);
+
+/// Row `y` of the same dissolve, `width` pixels of the first picture's format to `to`: for those who need no row
+/// twice, or would rather make it again than keep it.
+void DissolveRow(const FrameBuffer& first, const FrameBuffer& second, double fade, int y, int width,
+                 std::uint8_t* to);
 
 } // namespace kelmora

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "image/pixel_format.h"
+#include "image/primitives/tent_kernels.h"
 #include "tests/image/buffers.h"
 #include "tests/image/variants.h"
 #include "tests/reference/picture.h"
@@ -277,6 +278,156 @@ TEST(TentFilter, WorkingSpace_IsRowsAndNotPictures)
     GuardedPicture dst(400, 2000, PF_BGRA8);
     ASSERT_EQ(RunTent(src, JobOf(400, 2000, 31, 31, true), dst, allocator), TentResult::Done);
     EXPECT_LT(memory.PeakBytes(), std::uint64_t{400} * 2000 * 4 / 10);
+}
+
+// --- parts ------------------------------------------------------------------------------------------------
+
+/// The part of the expected picture that a job asks for.
+Picture Cut(const Picture& whole, const TentPart& part)
+{
+    Picture cut(part.size.width, part.size.height, whole.format);
+    for (int y = 0; y < part.size.height; ++y)
+        for (int x = 0; x < part.size.width; ++x)
+            for (int c = 0; c < 4; ++c)
+                cut.At(x, y, c) = whole.At(part.x + x, part.y + y, c);
+    return cut;
+}
+
+/// The filter into a picture of the part's size; every row must come once, from the part's top down.
+TentResult RunPart(const GuardedPicture& src, const TentJob& job, GuardedPicture& dst)
+{
+    FakeMemoryProvider memory({.fill = 0x7FA5A5A5u});
+    FakeHost host;
+    host.SetMemory(&memory);
+    MemoryAllocator allocator(&host);
+    int next = job.part.y;
+    const TentResult result =
+        FilterTentRows(ViewOf(src), job, allocator, [&](int y, const std::uint8_t* row) {
+            EXPECT_EQ(y, next++);
+            std::copy_n(row, dst.Width() * dst.PixelBytes(), dst.Row(y - job.part.y));
+        });
+    EXPECT_EQ(next, job.part.y + (result == TentResult::Done ? job.part.size.height : 0));
+    return result;
+}
+
+TEST(TentFilterPart, RandomParts_AreThoseOfThePlainVersionInEveryVariant)
+{
+    std::mt19937 random(21);
+    for (int turn = 0; turn < 160; ++turn) {
+        const auto pick = [&](int most) {
+            return 1 + static_cast<int>(random() % static_cast<unsigned>(most));
+        };
+        const int width = 5 + pick(70), height = 5 + pick(70);
+        const int most = turn % 4 == 0 ? 200 : 20;
+        TentJob job = JobOf(width, height, pick(most), pick(most), turn % 2 == 0);
+        job.part.x = pick(width) - 1;
+        job.part.y = pick(height) - 1;
+        job.part.size = {pick(width - job.part.x), pick(height - job.part.y)};
+        const std::uint32_t format = kPictures[random() % 4];
+        const bool floats = IsFloat(format);
+        GuardedPicture src(width, height, format, {.slack = turn % 6, .shift = turn % 5});
+        src.FillNoise(static_cast<std::uint32_t>(turn), turn % 3 == 0 ? Noise::Leaning : Noise::Uniform);
+        src.Freeze();
+        const Picture expected = Cut(reference::PlainBlur(reference::Read(src), StepsOf(job)), job.part);
+        ForEachVariant([&] {
+            GuardedPicture dst(job.part.size.width, job.part.size.height, format);
+            ASSERT_EQ(RunPart(src, job, dst), TentResult::Done);
+            ASSERT_TRUE(reference::Matches(dst, expected, floats ? kRelative : 0, floats ? kAbsolute : 0))
+                << width << " x " << height << ", taps " << job.rowTaps << " x " << job.columnTaps
+                << ", part " << job.part.size.width << " x " << job.part.size.height << " at " << job.part.x
+                << ", " << job.part.y << ", format " << format;
+        });
+        src.Check();
+    }
+}
+
+TEST(TentFilterPart, FloatsThatRunningSumsCannotTake_EqualThePlainVersionExactly)
+{
+    TentJob job = JobOf(40, 36, 7, 6, true);
+    job.part = {9, 8, {20, 15}};
+    GuardedPicture src(40, 36, PF_ARGB32F), dst(20, 15, PF_ARGB32F);
+    src.FillNoise(5);
+    src.SetFloat(15, 8, 1, std::numeric_limits<float>::infinity());
+    const Picture expected = Cut(reference::PlainBlur(reference::Read(src), StepsOf(job)), job.part);
+    ASSERT_EQ(RunPart(src, job, dst), TentResult::Done);
+    EXPECT_TRUE(reference::Matches(dst, expected));
+}
+
+TEST(TentFilterPart, PartsThatStickOut_AreNotServed)
+{
+    constexpr int most = std::numeric_limits<int>::max();
+    const GuardedPicture src(20, 20, PF_BGRA8);
+    for (const TentPart part :
+         {TentPart{1, 0, {20, 5}}, TentPart{0, 16, {5, 5}}, TentPart{-1, 0, {5, 5}}, TentPart{0, -1, {5, 5}},
+          TentPart{5, 0, {most, 5}}, TentPart{0, 5, {5, most}}}) {
+        TentJob job = JobOf(20, 20, 3, 3, false);
+        job.part = part;
+        GuardedPicture dst(5, 5, PF_BGRA8);
+        EXPECT_EQ(RunPart(src, job, dst), TentResult::NotServed) << part.x << ", " << part.y;
+    }
+}
+
+// --- rows on demand -----------------------------------------------------------------------------------------
+
+/// The rows of a picture, each of which is gone when rows are asked for that lie RowsAtOnce below.
+class ForgetfulRows final : public TentRowSource {
+public:
+    ForgetfulRows(const GuardedPicture& picture, int kept)
+        : m_picture(picture), m_ring(picture.Width(), kept, picture.Format()), m_kept(kept)
+    {
+    }
+
+    const std::uint8_t* Row(int y) override
+    {
+        EXPECT_GT(y, m_lowest - m_kept) << "a row that is gone";
+        for (; m_lowest < y; ++m_lowest)
+            std::copy_n(m_picture.Row(m_lowest + 1), m_picture.Width() * m_picture.PixelBytes(),
+                        m_ring.Row((m_lowest + 1) % m_kept));
+        return m_ring.Row(y % m_kept);
+    }
+
+private:
+    const GuardedPicture& m_picture;
+    GuardedPicture m_ring;
+    const int m_kept;
+    int m_lowest = -1;
+};
+
+TEST(TentFilterSource, RowsOnDemand_GiveWhatThePictureGivesInEveryVariant)
+{
+    std::mt19937 random(22);
+    for (int turn = 0; turn < 80; ++turn) {
+        const auto pick = [&](int most) {
+            return 1 + static_cast<int>(random() % static_cast<unsigned>(most));
+        };
+        const int width = 5 + pick(40), height = 5 + pick(120);
+        const TentJob job = JobOf(width, height, pick(30), pick(turn % 4 == 0 ? 90 : 12), turn % 2 == 0);
+        const std::uint32_t format = kPictures[random() % 4];
+        GuardedPicture src(width, height, format);
+        src.FillNoise(static_cast<std::uint32_t>(turn));
+        if (turn % 8 == 3 && IsFloat(format)) // every sum afresh from there
+            src.SetFloat(width / 2, height / 2, 0, std::numeric_limits<float>::infinity());
+        ForEachVariant([&] {
+            MemoryAllocator allocator;
+            GuardedPicture expected(width, height, format), dst(width, height, format);
+            ASSERT_EQ(RunTent(src, job, expected, allocator), TentResult::Done);
+            ForgetfulRows rows(src, job.RowsAtOnce());
+            const auto takeRow = [&](int y, const std::uint8_t* row) {
+                EXPECT_TRUE(std::equal(src.Row(y), src.Row(y) + width * src.PixelBytes(), rows.Row(y)));
+                std::copy_n(row, width * dst.PixelBytes(), dst.Row(y));
+            };
+            ASSERT_EQ(FilterTentRows(rows, format, job, allocator, takeRow), TentResult::Done);
+            ASSERT_TRUE(Equal(dst, expected)) << width << " x " << height << ", " << job.columnTaps;
+        });
+    }
+}
+
+TEST(TentFilterSource, BlocksOfEveryVariant_AreNoHigherThanRowsAtOnceHasRoomFor)
+{
+    ForEachVariant([] {
+        EXPECT_LE(TentKernelsFor(CurrentVariant()).byteRows, TentJob::kMostBlockRows);
+        EXPECT_LE(TentKernelsFor(CurrentVariant()).floatRows, TentJob::kMostBlockRows);
+    });
 }
 
 // --- step by step -----------------------------------------------------------------------------------------

@@ -35,6 +35,12 @@ GuardedPicture Dissolved(const GuardedPicture& first, const GuardedPicture* seco
         EXPECT_EQ(mix.GetHeight(), size.height);
         for (int y = 0; y < size.height; ++y)
             std::copy_n(mix.PixelAddress(0, y, 0), size.width * mix.GetPixelBytes(), result.Row(y));
+
+        GuardedPicture rows(size.width, size.height, first.Format());
+        rows.FillNoise(9);
+        for (int y = size.height - 1; y >= 0; --y)
+            DissolveRow(a, b, fade, y, size.width, rows.Row(y));
+        EXPECT_TRUE(Equal(rows, result)) << "row by row";
     }
     return result;
 }
