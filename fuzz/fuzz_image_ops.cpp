@@ -3,7 +3,9 @@
 #include "fuzz/input.h"
 #include "image/hsv.h"
 #include "image/image_ops.h"
+#include "image/pixel_format.h"
 #include "image/primitives/warp.h"
+#include "image/tent_filter.h"
 
 namespace kelmora::fuzz {
 namespace {
@@ -57,6 +59,33 @@ void Filter(Call& call)
     }
 }
 
+/// Bytes of a part of the tent are those of the whole.
+void TentPart(Call& call)
+{
+    const int rowTaps = 1 + call.input.Below(60), columnTaps = 1 + call.input.Below(60);
+    TentJob job = TentJob::Blur(SizeOf(call.src), rowTaps, columnTaps);
+    const std::size_t pixel = static_cast<std::size_t>(call.src.GetPixelBytes());
+    std::vector<std::vector<std::uint8_t>> whole;
+    const auto width = static_cast<std::size_t>(call.src.GetWidth());
+    const TentResult result =
+        FilterTentRows(call.src, job, call.allocator, [&](int y, const std::uint8_t* row) {
+            Require(y == static_cast<int>(whole.size()));
+            whole.emplace_back(row, row + width * pixel);
+        });
+    job.part = {call.Number(), call.Number(), {1 + call.input.Below(60), 1 + call.input.Below(60)}};
+    int rows = 0;
+    const TentResult ofPart =
+        FilterTentRows(call.src, job, call.allocator, [&](int y, const std::uint8_t* row) {
+            Require(y == job.part.y + rows++);
+            const auto bytes = static_cast<std::size_t>(job.part.size.width) * pixel;
+            const auto* same =
+                whole[static_cast<std::size_t>(y)].data() + static_cast<std::size_t>(job.part.x) * pixel;
+            Require(IsFloat(call.src.GetFormat()) || std::equal(row, row + bytes, same));
+        });
+    Require(ofPart == TentResult::Done ? result == TentResult::Done && rows == job.part.size.height
+                                       : rows == 0);
+}
+
 void Blur(Call& call)
 {
     const auto size = [&] {
@@ -65,6 +94,8 @@ void Blur(Call& call)
     };
     const float xSize = size(), ySize = size();
     call.ops.Blur(call.src, call.dst, xSize, ySize, &call.allocator, call.Bool());
+    if (call.Bool())
+        TentPart(call);
 }
 
 void PermuteChannels(Call& call)

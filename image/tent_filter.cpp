@@ -161,6 +161,7 @@ private:
         job.weights = TentSum(m_job.columnTaps);
         job.scale = m_columnScale;
         job.wide = m_job.columnTaps > kTentNarrowTaps;
+        job.peaked = m_columnTaps.rise == m_columnTaps.fall;
         return job;
     }
 
@@ -198,6 +199,7 @@ private:
         rows.weights = TentSum(m_job.rowTaps);
         rows.scale = m_rowScale;
         rows.wide = m_job.rowTaps > kTentNarrowTaps;
+        rows.peaked = m_rowTaps.rise == m_rowTaps.fall;
         (m_floats ? m_kernels.floatRowPass : m_kernels.byteRowPass)(rows);
     }
 

@@ -9,10 +9,10 @@ int ApplyScale(const TentScale& scale, std::int64_t sum)
 {
     if (!scale.single)
         return static_cast<int>(std::lrint(static_cast<double>(sum) * scale.factor + scale.bias));
-    const float spread = static_cast<float>(sum) * static_cast<float>(scale.spread);
+    const std::int64_t patched = sum == scale.patchedSum ? sum + scale.patch : sum;
+    const float spread = static_cast<float>(patched) * static_cast<float>(scale.spread);
     const float product = spread * static_cast<float>(scale.factor);
-    const int rounded = static_cast<int>(std::lrint(product + static_cast<float>(scale.bias)));
-    return sum == scale.patchedSum ? rounded + scale.patch : rounded;
+    return static_cast<int>(std::lrint(product + static_cast<float>(scale.bias)));
 }
 
 namespace {
@@ -48,7 +48,7 @@ TentScale MakeByteScale(std::int64_t weights, bool truncate)
 
     TentScale single = scale;
     single.single = true;
-    // One wrong tie can be put right by itself.
+    // One wrong tie can be put right by itself: it goes where the sum beside it goes.
     const auto keepsTies = [&] {
         single.patchedSum = 0;
         single.patch = 0;

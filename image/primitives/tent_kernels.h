@@ -44,21 +44,24 @@ struct TentScale {
     double factor = 0;
     double bias = 0;
     std::int32_t patchedSum = 0; ///< single precision only: the one sum that comes out wrong, or 0
-    int patch = 0;               ///< what to add for it: 1 or -1
+    int patch = 0;               ///< from it to the sum beside it that comes out as it should: 1 or -1
 };
 
 /// One block of a column pass: each step moves the sums one row on.
 struct TentColumns {
-    const std::uint8_t* const* taps; ///< four rows per step: first, rise, fall, last
-    int steps;                       ///< rows to move on; the kernel's `rows` when `turned` is given
-    int width;                       ///< pixels
+    /// Four rows per step: first, rise, fall, last. Unless the tent is peaked a step's rise is the fall of the step
+    /// before.
+    const std::uint8_t* const* taps;
+    int steps;                ///< rows to move on; the kernel's `rows` when `turned` is given
+    int width;                ///< pixels
     const std::uint8_t* flat; ///< a row: begin with the sums of a picture that holds nothing else; or null
     std::int64_t weights;     ///< the sum of the tent's weights, used with `flat`
     void* slope;              ///< state, kept from block to block; see TentKernels
     void* sum;                ///< likewise
     std::uint8_t* turned;     ///< result, `width` columns and up to kTentSpare more; null: move on only
     TentScale scale;
-    bool wide; ///< bytes: slopes need 32 bits
+    bool wide;   ///< bytes: slopes need 32 bits
+    bool peaked; ///< the tent has one highest weight: rise and fall are one row
 };
 
 /// One block of a row pass.
@@ -72,6 +75,7 @@ struct TentRows {
     std::int64_t weights; ///< the sum of the tent's weights
     TentScale scale;
     bool wide;
+    bool peaked;
 };
 
 /// The most taps for which a slope of bytes fits 16 bits.

@@ -14,12 +14,14 @@ enum class Form { Single, SingleSpread, SinglePatched, SingleBiased, Double, Dou
 struct Scale {
     F32 spread, factor, bias;
     F64 factorDouble, biasDouble;
-    I32 patchedSum, patch;
+    I32 patchedSum;
+    F32 patch; ///< the sum to take in its place
 
     explicit Scale(const TentScale& scale)
         : spread(F32{} + static_cast<float>(scale.spread)), factor(F32{} + static_cast<float>(scale.factor)),
           bias(F32{} + static_cast<float>(scale.bias)), factorDouble(F64{} + scale.factor),
-          biasDouble(F64{} + scale.bias), patchedSum(I32{} + scale.patchedSum), patch(I32{} + scale.patch)
+          biasDouble(F64{} + scale.bias), patchedSum(I32{} + scale.patchedSum),
+          patch(F32{} + static_cast<float>(scale.patchedSum + scale.patch))
     {
     }
 };
@@ -32,8 +34,7 @@ KELMORA_INLINE I32 Finish(I32 sum, const Scale& scale)
     if constexpr (form == Form::SingleSpread)
         return Round(ToFloat(sum) * scale.spread * scale.factor);
     if constexpr (form == Form::SinglePatched)
-        return Round(ToFloat(sum) * scale.spread * scale.factor)
-            + (MaskEqual(sum, scale.patchedSum) & scale.patch);
+        return Round((sum == scale.patchedSum ? scale.patch : ToFloat(sum)) * scale.spread * scale.factor);
     if constexpr (form == Form::SingleBiased)
         return Round(ToFloat(sum) * scale.factor + scale.bias);
     Doubles sums = ToDouble(sum);
@@ -95,11 +96,23 @@ KELMORA_INLINE State<wide> FlatState(U8 flat, std::int64_t weights)
     return state;
 }
 
-template <bool wide>
-KELMORA_INLINE void Advance(State<wide>& state, U8 first, U8 rise, U8 fall, U8 last)
+/// What the rise takes away, as words. A tent of two equal highest weights has its rise one step behind its fall, a
+/// tent of one has both in one place: so no step loads more than three taps.
+struct Rise {
+    I16 low, high;
+
+    KELMORA_METHOD explicit Rise(U8 rise) : low(WidenLow(rise)), high(WidenHigh(rise)) {}
+};
+
+template <bool peaked, bool wide>
+KELMORA_INLINE void Advance(State<wide>& state, Rise& rise, U8 first, U8 fall, U8 last)
 {
-    state.Step((WidenLow(first) - WidenLow(rise)) + (WidenLow(last) - WidenLow(fall)),
-               (WidenHigh(first) - WidenHigh(rise)) + (WidenHigh(last) - WidenHigh(fall)));
+    const Rise next(fall);
+    if (peaked)
+        rise = next;
+    state.Step((WidenLow(first) + WidenLow(last)) - (next.low + rise.low),
+               (WidenHigh(first) + WidenHigh(last)) - (next.high + rise.high));
+    rise = next;
 }
 
 template <Form form, bool wide>
@@ -111,9 +124,10 @@ KELMORA_INLINE U8 Blurred(const State<wide>& state, const Scale& scale)
 
 /// Bytes ahead in every row that are fetched: more rows are read side by side than the hardware follows.
 constexpr int kAhead = 256;
+constexpr int kTapsLoaded[] = {0, 2, 3}; ///< of a row's four, see Rise
 
 /// One vector's width of columns.
-template <Form form, bool wide, class LoadTap>
+template <Form form, bool wide, bool peaked, class LoadTap>
 KELMORA_INLINE void ColumnStrip(const TentColumns& job, const Scale& scale, int at, LoadTap load)
 {
     using Slope = typename Conditional<wide, int32_t, int16_t>::type;
@@ -128,12 +142,16 @@ KELMORA_INLINE void ColumnStrip(const TentColumns& job, const Scale& scale, int 
     }
 
     const std::uint8_t* const* taps = job.taps;
+    Rise rise(job.steps > 0 ? load(taps[1] + at) : U8{});
+    const auto advance = [&] {
+        Advance<peaked>(state, rise, load(taps[0] + at), load(taps[2] + at), load(taps[3] + at));
+    };
     if (job.turned) {
         U32 rows[kPixels];
         for (int r = 0; r < kPixels; ++r, taps += 4) {
-            for (int k = 0; k < 4; ++k)
+            for (const int k : kTapsLoaded)
                 __builtin_prefetch(taps[k] + at + kAhead);
-            Advance(state, load(taps[0] + at), load(taps[1] + at), load(taps[2] + at), load(taps[3] + at));
+            advance();
             rows[r] = (U32)Blurred<form>(state, scale);
         }
         Transpose(rows);
@@ -142,35 +160,36 @@ KELMORA_INLINE void ColumnStrip(const TentColumns& job, const Scale& scale, int 
             Store(turned + c * kVectorBytes, rows[c]);
     } else {
         for (int r = 0; r < job.steps; ++r, taps += 4)
-            Advance(state, load(taps[0] + at), load(taps[1] + at), load(taps[2] + at), load(taps[3] + at));
+            advance();
     }
     __builtin_memcpy(slope, state.slope, sizeof state.slope);
     __builtin_memcpy(sum, state.sum, sizeof state.sum);
 }
 
-template <Form form, bool wide>
+template <Form form, bool wide, bool peaked>
 void ByteColumns(const TentColumns& job)
 {
     const Scale scale(job.scale);
     const int bytes = job.width * 4;
     int at = 0;
     for (; at + kVectorBytes <= bytes; at += kVectorBytes)
-        ColumnStrip<form, wide>(job, scale, at, [](const std::uint8_t* p) { return Load<U8>(p); });
+        ColumnStrip<form, wide, peaked>(job, scale, at, [](const std::uint8_t* p) { return Load<U8>(p); });
     if (const int rest = bytes - at; rest > 0)
-        ColumnStrip<form, wide>(job, scale, at,
-                                [rest](const std::uint8_t* p) { return LoadPart<U8>(p, rest); });
+        ColumnStrip<form, wide, peaked>(job, scale, at,
+                                        [rest](const std::uint8_t* p) { return LoadPart<U8>(p, rest); });
 }
 
-template <Form form, bool wide>
+template <Form form, bool wide, bool peaked>
 void ByteRowPass(const TentRows& job)
 {
     const Scale scale(job.scale);
     const auto column = [&job](int x) {
         return Load<U8>(job.turned + static_cast<ptrdiff_t>(x) * kVectorBytes);
     };
+    Rise rise(column(job.taps.rise - job.lead));
     const auto advance = [&](State<wide>& state, int x) {
-        Advance(state, column(x + job.taps.first), column(x + job.taps.rise), column(x + job.taps.fall),
-                column(x + job.taps.last));
+        Advance<peaked>(state, rise, column(x + job.taps.first), column(x + job.taps.fall),
+                        column(x + job.taps.last));
     };
 
     // Before the lead the window lies on a flat stretch.
@@ -210,16 +229,28 @@ void WithForm(const TentScale& scale, Work&& work)
         work.template operator()<Form::Double>();
 }
 
+/// Calls `work` with whether slopes are wide and whether the tent is peaked as types' values.
+template <class Job, class Work>
+void WithShape(const Job& job, Work&& work)
+{
+    if (job.wide)
+        job.peaked ? work.template operator()<true, true>() : work.template operator()<true, false>();
+    else
+        job.peaked ? work.template operator()<false, true>() : work.template operator()<false, false>();
+}
+
 void AnyByteColumns(const TentColumns& job)
 {
-    WithForm(job.scale,
-             [&]<Form form>() { job.wide ? ByteColumns<form, true>(job) : ByteColumns<form, false>(job); });
+    WithForm(job.scale, [&]<Form form>() {
+        WithShape(job, [&]<bool wide, bool peaked>() { ByteColumns<form, wide, peaked>(job); });
+    });
 }
 
 void AnyByteRowPass(const TentRows& job)
 {
-    WithForm(job.scale,
-             [&]<Form form>() { job.wide ? ByteRowPass<form, true>(job) : ByteRowPass<form, false>(job); });
+    WithForm(job.scale, [&]<Form form>() {
+        WithShape(job, [&]<bool wide, bool peaked>() { ByteRowPass<form, wide, peaked>(job); });
+    });
 }
 
 // --- floats -------------------------------------------------------------------------------------------------

@@ -142,6 +142,33 @@ TEST(TentFilter, TapsBeyondSinglePrecision_RoundBytesAsTheFiltersDo)
             }
 }
 
+TEST(TentFilter, StepsOfOneLevel_RoundEveryTieAsTheFiltersDo)
+{
+    // Where the middle of an even kernel stands on a step, half its weights lie on either side: a tie, and in the
+    // row or column beside each channel has a tie of another level.
+    constexpr int kLong = 700, kWide = 264;
+    for (const int taps : {2, 26, 48, 160, 200, 216, 256})
+        for (const bool down : {true, false}) {
+            const TentJob job =
+                down ? JobOf(kWide, kLong, 1, taps, false) : JobOf(kLong, kWide, taps, 1, false);
+            GuardedPicture src(job.size.width, job.size.height, PF_BGRA8);
+            for (int level = 0; level < kWide; ++level)
+                for (int at = 0; at < kLong; ++at)
+                    for (int c = 0; c < 4; ++c) {
+                        const int value = std::min(level, 254) + (at >= kLong / 2 ? 1 : 0);
+                        (down ? src.Row(at) + 4 * level : src.Row(level) + 4 * at)[c] =
+                            static_cast<std::uint8_t>(value);
+                    }
+            const Picture expected = reference::PlainBlur(reference::Read(src), StepsOf(job));
+            ForEachVariant([&] {
+                GuardedPicture dst(job.size.width, job.size.height, PF_BGRA8);
+                MemoryAllocator allocator;
+                ASSERT_EQ(RunTent(src, job, dst, allocator), TentResult::Done);
+                ASSERT_TRUE(reference::Matches(dst, expected)) << taps << " taps, down " << down;
+            });
+        }
+}
+
 TEST(TentFilter, SizesWithoutAnInside_AreNotServed)
 {
     for (int side = 1; side <= 5; ++side)

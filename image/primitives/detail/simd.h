@@ -334,16 +334,6 @@ KELMORA_INLINE I32 MaskGreater(I32 a, I32 b)
 #endif
 }
 
-/// Where a == b: all bits of the element.
-KELMORA_INLINE I32 MaskEqual(I32 a, I32 b)
-{
-#if defined(__AVX512BW__)
-    return (I32)_mm512_movm_epi32(_mm512_cmpeq_epi32_mask((__m512i)a, (__m512i)b));
-#else
-    return a == b;
-#endif
-}
-
 /// Four or eight floats, as many as F64 has elements, as doubles.
 KELMORA_INLINE F64 LoadFloatsAsDoubles(const void* from)
 {
@@ -555,11 +545,6 @@ KELMORA_INLINE I32 MulAddPairs(I16 a, I16 b)
 KELMORA_INLINE I32 MaskGreater(I32 a, I32 b)
 {
     return a > b;
-}
-
-KELMORA_INLINE I32 MaskEqual(I32 a, I32 b)
-{
-    return a == b;
 }
 
 KELMORA_INLINE F64 LoadFloatsAsDoubles(const void* from)
