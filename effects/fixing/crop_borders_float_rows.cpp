@@ -1,39 +1,20 @@
 #include "effects/fixing/crop_borders_float_rows.h"
 
 #include <algorithm>
-#include <cstring>
+#include <numeric>
 
 #include "effects/common/frame.h"
+#include "effects/fixing/crop_borders_kernels.h"
 #include "image/image_ops.h"
 #include "image/pixel_format.h"
+#include "image/primitives/detail/variant_table.h"
 #include "image/tent_filter.h"
 #include "image/tent_kernel.h"
 
+KELMORA_VARIANT_TABLE(CropBordersKernels, kCropBordersKernels, CropBordersKernelsFor)
+
 namespace kelmora::crop_borders {
 namespace {
-
-typedef float Pixel __attribute__((vector_size(16)));
-typedef std::int32_t PixelBits __attribute__((vector_size(16)));
-
-Pixel LoadPixel(const std::uint8_t* row, int x)
-{
-    Pixel pixel;
-    std::memcpy(&pixel, row + std::ptrdiff_t{x} * 16, sizeof pixel);
-    return pixel;
-}
-
-void StorePixel(std::uint8_t* row, int x, Pixel pixel)
-{
-    std::memcpy(row + std::ptrdiff_t{x} * 16, &pixel, sizeof pixel);
-}
-
-/// `other` with the channel `alpha` of `one`, bit for bit.
-Pixel WithAlphaOf(Pixel one, Pixel other, int alpha)
-{
-    PixelBits mask = {};
-    mask[alpha] = -1;
-    return (Pixel)(((PixelBits)one & mask) | ((PixelBits)other & ~mask));
-}
 
 float* FloatsOf(const FrameBuffer& picture, int x, int y)
 {
@@ -90,16 +71,19 @@ void FloatCropRows::Measure(Profile& profile, const Side& side) const
     const int taps =
         m_blurs ? static_cast<int>(std::min(side.feather, static_cast<float>(ImageOps::kMostBlurTaps))) : 1;
     int weights[ImageOps::kMostBlurTaps];
+    int upTo[ImageOps::kMostBlurTaps + 1] = {}; // of all the taps before each
     const int all = MakeTentKernelI(weights, taps);
+    std::partial_sum(weights, weights + taps, upTo + 1);
     const int lost = m_blurs ? TentJob::kFirstKept : 0;
     for (int i = 0; i < side.size; ++i) {
-        const int centre = std::clamp(i, side.nearest, side.size - 1 - side.nearest);
-        int count = 0;
-        for (int tap = 0; tap < taps; ++tap) {
-            const int at = std::clamp(centre + taps / 2 - tap, lost, side.size - 1 - lost);
-            count += at >= side.kept.first && at < side.kept.end ? weights[tap] : 0;
-        }
-        profile.counts[i] = count;
+        // Tap k lies on pixel `last` - k, or on the nearest one that the blur has not lost.
+        const int last = std::clamp(i, side.nearest, side.size - 1 - side.nearest) + taps / 2;
+        const auto before = [&](int pixel) {
+            if (pixel <= lost)
+                return 0;
+            return pixel < side.size - lost ? all - upTo[std::clamp(last + 1 - pixel, 0, taps)] : all;
+        };
+        profile.counts[i] = before(side.kept.end) - before(side.kept.first);
     }
     profile.factor = 1.0 / all;
     // A blurred rectangle rises once and falls once.
@@ -142,72 +126,36 @@ void FloatCropRows::Transparent()
 /// Copies what the mask leaves as it is, and makes the rest of every row.
 void FloatCropRows::Compose(bool overlays)
 {
-    const auto compose = overlays ? &FloatCropRows::OverlaySpan : &FloatCropRows::TransparentSpan;
+    const CropBordersKernels& kernels = CropBordersKernelsFor(CurrentVariant());
+    const auto compose = overlays ? kernels.overlay : kernels.fade;
     const Span &columns = m_columns.full, &rows = m_rows.full;
     for (int y = 0; y < m_height; ++y) {
         MakeMaskRow(y);
         if (y < rows.first || y >= rows.end || columns.first >= columns.end) {
-            (this->*compose)(y, {0, m_width});
+            MaskSpan(compose, y, {0, m_width});
             continue;
         }
-        (this->*compose)(y, {0, columns.first});
-        CopyFull(y, overlays);
-        (this->*compose)(y, {columns.end, m_width});
+        MaskSpan(compose, y, {0, columns.first});
+        kernels.copy({FloatsOf(m_src, columns.first, y), FloatsOf(m_dst, columns.first, y),
+                      columns.end - columns.first, m_alpha, overlays});
+        MaskSpan(compose, y, {columns.end, m_width});
     }
 }
 
-/// Composites add a zero to what they show, of which a negative zero comes out positive.
-void FloatCropRows::CopyFull(int y, bool overlays)
+/// Beside the kept columns the kept part goes on as its edge pixels.
+void FloatCropRows::MaskSpan(void (*compose)(const CropMaskRow&), int y, Span span)
 {
-    const std::uint8_t* const from = RowOf(m_src, y);
-    std::uint8_t* const to = RowOf(m_dst, y);
-    for (int x = m_columns.full.first; x < m_columns.full.end; ++x) {
-        const Pixel own = LoadPixel(from, x);
-        const Pixel sum = own + 0.0f;
-        StorePixel(to, x, overlays ? WithAlphaOf(own, sum, m_alpha) : WithAlphaOf(sum, own, m_alpha));
-    }
-}
-
-/// The row whose pixels stand in row `y` of the kept part, extended.
-const std::uint8_t* FloatCropRows::ExtendedRow(int y) const
-{
-    return RowOf(m_src, std::clamp(y, m_crop.kept.top, m_height - m_crop.kept.top - 1));
-}
-
-int FloatCropRows::ExtendedColumn(int x) const
-{
-    return std::clamp(x, m_crop.kept.left, m_width - m_crop.kept.left - 1);
-}
-
-/// The kept part, extended, weighs as much as the mask says; the ground, which is opaque, the rest.
-void FloatCropRows::OverlaySpan(int y, Span span)
-{
-    const std::uint8_t* const kept = ExtendedRow(y);
-    const std::uint8_t* const own = RowOf(m_src, y);
-    std::uint8_t* const to = RowOf(m_dst, y);
-    for (int x = span.first; x < span.end; ++x) {
-        const Pixel over = LoadPixel(kept, ExtendedColumn(x));
-        const Pixel ground = LoadPixel(to, x);
-        const double alpha = static_cast<double>(m_mask[x]);
-        Pixel mixed;
-        for (int c = 0; c < 4; ++c)
-            mixed[c] = static_cast<float>(static_cast<double>(over[c]) * alpha
-                                          + (1.0 - alpha) * static_cast<double>(ground[c]));
-        StorePixel(to, x, WithAlphaOf(LoadPixel(own, x), mixed, m_alpha));
-    }
-}
-
-void FloatCropRows::TransparentSpan(int y, Span span)
-{
-    const std::uint8_t* const kept = ExtendedRow(y);
-    const std::uint8_t* const own = RowOf(m_src, y);
-    std::uint8_t* const to = RowOf(m_dst, y);
-    for (int x = span.first; x < span.end; ++x) {
-        const double product =
-            static_cast<double>(LoadPixel(own, x)[m_alpha]) * static_cast<double>(m_mask[x]);
-        const Pixel alphas = Pixel{} + static_cast<float>(product + 0.0);
-        StorePixel(to, x, WithAlphaOf(alphas, LoadPixel(kept, ExtendedColumn(x)), m_alpha));
-    }
+    const int left = m_crop.kept.left, right = m_width - left;
+    const int keptRow = std::clamp(y, m_crop.kept.top, m_height - m_crop.kept.top - 1);
+    const auto part = [&](int first, int end, int column, bool repeats) {
+        if (first < end)
+            compose({FloatsOf(m_src, column, keptRow), repeats, FloatsOf(m_src, first, y), m_mask + first,
+                     FloatsOf(m_dst, first, y), end - first, m_alpha});
+    };
+    part(span.first, std::min(span.end, left), left, true);
+    const int first = std::max(span.first, left);
+    part(first, std::min(span.end, right), first, false);
+    part(std::max(span.first, right), span.end, right - 1, true);
 }
 
 } // namespace kelmora::crop_borders

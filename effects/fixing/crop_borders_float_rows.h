@@ -1,5 +1,6 @@
 #pragma once
 
+#include "effects/fixing/crop_borders_kernels.h"
 #include "effects/fixing/crop_borders_rows.h"
 #include "image/frame_buffer.h"
 #include "image/memory_allocator.h"
@@ -61,11 +62,7 @@ private:
     void Measure(Profile& profile, const Side& side) const;
     void MakeMaskRow(int y);
     void Compose(bool overlays);
-    void CopyFull(int y, bool overlays);
-    const std::uint8_t* ExtendedRow(int y) const;
-    int ExtendedColumn(int x) const;
-    void OverlaySpan(int y, Span span);
-    void TransparentSpan(int y, Span span);
+    void MaskSpan(void (*compose)(const CropMaskRow&), int y, Span span);
 
     const FrameBuffer& m_src;
     FrameBuffer& m_dst;

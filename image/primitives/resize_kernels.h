@@ -31,14 +31,16 @@ struct ResizeDown {
     int count; ///< pixels
 };
 
-/// A source row of floats with four channels, filtered across in double, the first tap first.
+/// Two source rows of floats with four channels, filtered across in double, the first tap first.
 struct ResizeAcrossFloats {
-    const double* row; ///< begins with the first tap of the first pixel; every tap's pixel is there
-    double* out;
+    /// As `widen` leaves them, from the first tap of the first pixel on; every tap's pixel is there.
+    const double* rows;
+    double* out[2];            ///< a row each
     int count;                 ///< pixels
     const std::int32_t* first; ///< per pixel, rising: the column of its first tap
     const double* weights;     ///< `taps` per pixel
     int taps;                  ///< 2, 4 or 6
+    const float* ahead[2];     ///< likewise the rows that come next, which are fetched into the caches
 };
 
 /// As many of those rows as there are taps, added up from the first on in double and rounded once.
@@ -46,9 +48,10 @@ struct ResizeDownFloats {
     const double* rows[6];
     double weights[6];
     int taps;
-    float* dst;  ///< at any address
-    int values;  ///< a multiple of four
-    bool levels; ///< results are cut to 0 to 1, what is no number to 0
+    float* dst;   ///< at any address
+    int values;   ///< a multiple of four
+    bool levels;  ///< results are cut to 0 to 1, what is no number to 0
+    bool streams; ///< results go past the caches where they can; `endStreams` follows the last ones
 };
 
 struct ResizeKernels {
@@ -56,9 +59,11 @@ struct ResizeKernels {
 
     void (*across)(const ResizeAcross&);
     void (*down)(const ResizeDown&);
-    void (*widen)(const float* from, double* to, int values); ///< `from` at any address, multiples of four
+    /// Two rows of four channels as one of doubles, pixel by pixel: four values of `one`, four of `other`.
+    void (*widen)(const float* one, const float* other, double* to, int pixels);
     void (*acrossFloats)(const ResizeAcrossFloats&);
     void (*downFloats)(const ResizeDownFloats&);
+    void (*endStreams)(); ///< lets other threads see what was streamed before what is stored next
 };
 
 const ResizeKernels& ResizeKernelsFor(CpuVariant variant);

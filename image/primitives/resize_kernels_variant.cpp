@@ -242,33 +242,58 @@ void Down(const ResizeDown& down)
 /// A pixel's doubles, or the half of them that a vector holds.
 typedef double PixelPart __attribute__((vector_size(kVectorBytes < 32 ? 16 : 32), may_alias));
 
-constexpr int kParts = 32 / sizeof(PixelPart);
-constexpr int kPartDoubles = 4 / kParts;
+constexpr int kPartDoubles = sizeof(PixelPart) / 8;
 constexpr int kDoubles = kVectorBytes / 8; ///< doubles in a vector
+constexpr int kPairVectors = 8 / kDoubles; ///< vectors for a pixel of two rows
 
-void Widen(const float* from, double* to, int values)
+void Widen(const float* one, const float* other, double* to, int pixels)
 {
-    typedef float PartFloats __attribute__((vector_size(sizeof(PixelPart) / 2), may_alias));
-    for (int i = 0; i < values; i += kPartDoubles)
-        Store(to + i, __builtin_convertvector(Load<PartFloats>(from + i), PixelPart));
+    for (int x = 0; x < pixels; ++x, one += 4, other += 4, to += 8) {
+#if defined(__AVX512BW__)
+        const __m256 pair =
+            _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(one)), _mm_loadu_ps(other), 1);
+        _mm512_storeu_pd(to, _mm512_cvtps_pd(pair));
+#else
+        for (int i = 0; i < 4; i += kDoubles) {
+            Store(to + i, LoadFloatsAsDoubles(one + i));
+            Store(to + 4 + i, LoadFloatsAsDoubles(other + i));
+        }
+#endif
+    }
 }
 
+/// A pixel of each of two rows.
+KELMORA_INLINE void StorePair(double* one, double* other, const F64 (&pair)[kPairVectors])
+{
+#if defined(__AVX512BW__)
+    _mm256_storeu_pd(one, _mm512_castpd512_pd256((__m512d)pair[0]));
+    _mm256_storeu_pd(other, _mm512_extractf64x4_pd((__m512d)pair[0], 1));
+#else
+    for (int i = 0; i < kPairVectors / 2; ++i) {
+        Store(one + i * kDoubles, pair[i]);
+        Store(other + i * kDoubles, pair[kPairVectors / 2 + i]);
+    }
+#endif
+}
+
+/// The rows share the weights, which are as many loads as the values of a row by itself.
 template <int taps>
-KELMORA_INLINE void AcrossFloatRow(const ResizeAcrossFloats& given)
+KELMORA_INLINE void AcrossFloatRows(const ResizeAcrossFloats& given)
 {
     const ResizeAcrossFloats across = given; // stores could change it for all that the compiler knows
     const double* weights = across.weights;
-    double* out = across.out;
-    for (int x = 0; x < across.count; ++x, weights += taps, out += 4) {
-        const double* from = across.row + static_cast<ptrdiff_t>(across.first[x] - across.first[0]) * 4;
-        PixelPart sums[kParts];
-        for (int part = 0; part < kParts; ++part)
-            sums[part] = Load<PixelPart>(from + part * kPartDoubles) * weights[0];
+    for (ptrdiff_t x = 0; x < across.count; ++x, weights += taps) {
+        const ptrdiff_t column = across.first[x] - across.first[0];
+        __builtin_prefetch(across.ahead[0] + column * 4);
+        __builtin_prefetch(across.ahead[1] + column * 4);
+        const double* from = across.rows + column * 8;
+        F64 sums[kPairVectors];
+        for (int i = 0; i < kPairVectors; ++i)
+            sums[i] = Load<F64>(from + i * kDoubles) * weights[0];
         for (int k = 1; k < taps; ++k)
-            for (int part = 0; part < kParts; ++part)
-                sums[part] += Load<PixelPart>(from + 4 * k + part * kPartDoubles) * weights[k];
-        for (int part = 0; part < kParts; ++part)
-            Store(out + part * kPartDoubles, sums[part]);
+            for (int i = 0; i < kPairVectors; ++i)
+                sums[i] += Load<F64>(from + k * 8 + i * kDoubles) * weights[k];
+        StorePair(across.out[0] + x * 4, across.out[1] + x * 4, sums);
     }
 }
 
@@ -276,11 +301,11 @@ void AcrossFloats(const ResizeAcrossFloats& across)
 {
     switch (across.taps) {
     case 2:
-        return AcrossFloatRow<2>(across);
+        return AcrossFloatRows<2>(across);
     case 4:
-        return AcrossFloatRow<4>(across);
+        return AcrossFloatRows<4>(across);
     default:
-        return AcrossFloatRow<6>(across);
+        return AcrossFloatRows<6>(across);
     }
 }
 
@@ -298,23 +323,37 @@ KELMORA_INLINE V Level(V value)
 {
     if constexpr (!levels)
         return value;
+    else if constexpr (sizeof(V) == sizeof(F32)) // as one instruction each
+        return Least(Most(value, F32{}), F32{} + 1.0f);
     value = value > 0.0f ? value : V{};
     return value < 1.0f ? value : V{} + 1.0f;
+}
+
+/// Values `first` to `end` - 1, whole pixels.
+template <int taps, bool levels>
+KELMORA_INLINE void DownFloatPixels(const ResizeDownFloats& down, int first, int end)
+{
+    typedef float PartFloats __attribute__((vector_size(sizeof(PixelPart) / 2), may_alias));
+    for (int i = first; i < end; i += kPartDoubles)
+        Store(down.dst + i,
+              Level<levels>(__builtin_convertvector((DownFloatSum<PixelPart, taps>(down, i)), PartFloats)));
 }
 
 template <int taps, bool levels>
 KELMORA_INLINE void DownFloatRow(const ResizeDownFloats& given)
 {
-    typedef float PartFloats __attribute__((vector_size(sizeof(PixelPart) / 2), may_alias));
     const ResizeDownFloats down = given; // likewise
-    int i = 0;
-    for (; i + 2 * kDoubles <= down.values; i += 2 * kDoubles)
-        Store(down.dst + i,
-              Level<levels>(
-                  Narrow({DownFloatSum<F64, taps>(down, i), DownFloatSum<F64, taps>(down, i + kDoubles)})));
-    for (; i < down.values; i += kPartDoubles)
-        Store(down.dst + i,
-              Level<levels>(__builtin_convertvector((DownFloatSum<PixelPart, taps>(down, i)), PartFloats)));
+    // Pixels up to a boundary that vectors can be streamed to.
+    const auto before = static_cast<int>(-reinterpret_cast<uintptr_t>(down.dst) % kVectorBytes);
+    const bool streams = down.streams && before % 16 == 0 && before / 4 <= down.values;
+    int i = streams ? before / 4 : 0;
+    DownFloatPixels<taps, levels>(down, 0, i);
+    for (; i + 2 * kDoubles <= down.values; i += 2 * kDoubles) {
+        const F32 sums = Level<levels>(
+            Narrow({DownFloatSum<F64, taps>(down, i), DownFloatSum<F64, taps>(down, i + kDoubles)}));
+        streams ? Stream(down.dst + i, sums) : Store(down.dst + i, sums);
+    }
+    DownFloatPixels<taps, levels>(down, i, down.values);
 }
 
 template <int taps>
@@ -335,9 +374,14 @@ void DownFloats(const ResizeDownFloats& down)
     }
 }
 
+void EndStreams()
+{
+    EndStream();
+}
+
 } // namespace
 
 extern const ResizeKernels kResizeKernels;
-const ResizeKernels kResizeKernels = {Across, Down, Widen, AcrossFloats, DownFloats};
+const ResizeKernels kResizeKernels = {Across, Down, Widen, AcrossFloats, DownFloats, EndStreams};
 
 } // namespace kelmora::KELMORA_VARIANT

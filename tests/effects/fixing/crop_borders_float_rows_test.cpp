@@ -8,6 +8,7 @@
 #include "effects/common/frame.h"
 #include "image/image_ops.h"
 #include "image/pixel_format.h"
+#include "tests/image/variants.h"
 #include "tests/support/fake_host.h"
 #include "tests/support/fake_memory_provider.h"
 #include "tests/support/guarded_picture.h"
@@ -162,20 +163,24 @@ TEST(FloatCropRows, BothStyles_AreTheirStepsBitForBit)
                                                 << ", noise " << static_cast<int>(noise));
                 GuardedPicture picture(kWidth, kHeight, format);
                 picture.FillNoise(3, noise);
-                GuardedPicture fast(kWidth, kHeight, format), plain(kWidth, kHeight, format);
-                fast.FillWord(0x7FA5A5A5); // what is hidden must not be read
-                FrameBuffer out = ViewOf(fast), plainOut = ViewOf(plain);
                 const FrameBuffer source = ViewOf(picture);
-                MemoryAllocator allocator;
-                FloatCropRows rows(source, out, crop);
-                ASSERT_TRUE(rows.AreServed() && rows.Begin(allocator) && rows.ZoomGround());
-                rows.Overlay();
-                ASSERT_TRUE(OverlayInSteps(source, plainOut, crop));
-                ExpectSameFloats(fast, plain);
-                rows.Transparent();
-                ASSERT_TRUE(TransparentInSteps(source, plainOut, crop));
-                ExpectSameFloats(fast, plain);
-                fast.Check();
+                GuardedPicture overlaid(kWidth, kHeight, format), faded(kWidth, kHeight, format);
+                FrameBuffer plainOverlay = ViewOf(overlaid), plainFaded = ViewOf(faded);
+                ASSERT_TRUE(OverlayInSteps(source, plainOverlay, crop));
+                ASSERT_TRUE(TransparentInSteps(source, plainFaded, crop));
+                ForEachVariant([&] {
+                    GuardedPicture fast(kWidth, kHeight, format);
+                    fast.FillWord(0x7FA5A5A5); // what is hidden must not be read
+                    FrameBuffer out = ViewOf(fast);
+                    MemoryAllocator allocator;
+                    FloatCropRows rows(source, out, crop);
+                    ASSERT_TRUE(rows.AreServed() && rows.Begin(allocator) && rows.ZoomGround());
+                    rows.Overlay();
+                    ExpectSameFloats(fast, overlaid);
+                    rows.Transparent();
+                    ExpectSameFloats(fast, faded);
+                    fast.Check();
+                });
             }
 }
 

@@ -401,6 +401,45 @@ TEST(Resize, WidePicturesAgainstUnreadablePages_AreNotLeft)
             }
 }
 
+TEST(Resize, FloatsOfMoreThanAStrip_MatchThePlainVersion)
+{
+    for (const Guard guard : {Guard::PageEnd, Guard::PageStart})
+        for (const int code : {pxLinear, pxCubic, pxLanczos})
+            for (const int width : {384, 385, 770}) {
+                const PictureLayout layout{.guard = guard};
+                GuardedPicture src(width, 8, PF_BGRA32F, layout);
+                GuardedPicture same(width, 9, PF_BGRA32F, layout);
+                GuardedPicture large(width + 150, 11, PF_BGRA32F, layout);
+                GuardedPicture small(width / 5, 3, PF_BGRA32F, layout);
+                for (GuardedPicture* const dst : {&same, &large, &small})
+                    CheckAgainstPlain(src, WholeOf(src), *dst, 1.0 * dst->Width() / width,
+                                      dst->Height() / 8.0, code);
+            }
+}
+
+/// Only whole pixels can be sent past the caches.
+TEST(Resize, FloatsTooLargeForTheCaches_AreThoseAtAnAddressOfNoWholePixels)
+{
+    GuardedPicture src(1152, 650, PF_BGRA32F);
+    src.FillNoise(1);
+    src.Freeze();
+    for (const int code : {pxLinear, pxLanczos}) {
+        const auto resize = [&](GuardedPicture& dst) {
+            return CallOn(src, WholeOf(src), dst, 1283.0 / 1152, 722.0 / 650, code).Run();
+        };
+        GuardedPicture stored(1283, 722, PF_BGRA32F, {.shift = 4});
+        ASSERT_EQ(resize(stored), pxOk);
+        ForEachVariant([&] {
+            for (const int shift : {0, 48}) {
+                GuardedPicture result(1283, 722, PF_BGRA32F, {.shift = shift});
+                ASSERT_EQ(resize(result), pxOk);
+                ASSERT_TRUE(Equal(result, stored)) << "code " << code << ", shift " << shift << ", variant "
+                                                   << static_cast<int>(CurrentVariant());
+            }
+        });
+    }
+}
+
 TEST(ResizeAround, GivesTheWholeResultButForTheHole)
 {
     GuardedPicture src(1100, 21, PF_BGRA8);
@@ -475,7 +514,10 @@ TEST(ResizeLevelsAround, LeavesStripsInsideTheHoleAsTheyStand)
                                           around.FloatRow(0), around.Stride(), 1400, 8, 1.0, 1.0, pxCubic,
                                           {100, 2, 1200, 4}),
               pxOk);
-    EXPECT_EQ(around.Float(700, 4, 0), 7.0f);
+    for (const int column : {100, 700, 1299})
+        EXPECT_EQ(around.Float(column, 4, 0), 7.0f);
+    EXPECT_EQ(around.Float(99, 4, 0), src.Float(99, 4, 0));
+    EXPECT_EQ(around.Float(1300, 4, 0), src.Float(1300, 4, 0));
     EXPECT_EQ(around.Float(700, 1, 0), src.Float(700, 1, 0));
     EXPECT_EQ(around.Float(700, 6, 0), src.Float(700, 6, 0));
 }
