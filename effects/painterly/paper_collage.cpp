@@ -1,6 +1,7 @@
 #include "effects/painterly/paper_collage.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "effects/common/knob_reader.h"
 #include "effects/painterly/dissolve.h"
@@ -9,6 +10,8 @@
 #include "effects/painterly/paper_collage_sheets.h"
 #include "image/image_ops.h"
 #include "image/pixel_format.h"
+#include "image/row_ring.h"
+#include "image/scratch.h"
 #include "image/tent_filter.h"
 
 namespace kelmora {
@@ -41,16 +44,6 @@ Size DissolveSize(const FrameBuffer& first, const FrameBuffer& second)
     return {std::min(first.GetWidth(), second.GetWidth()), std::min(first.GetHeight(), second.GetWidth())};
 }
 
-/// A BGRA8 picture of `size` with the contents of `from`, black where that is smaller.
-bool Take(FrameBuffer& bytes, const FrameBuffer& from, Size size, MemoryAllocator& allocator)
-{
-    if (!bytes.Allocate(size.width, size.height, 4, &allocator, PF_BGRA8, false))
-        return false;
-    ImageOps ops;
-    ops.Fill(bytes, 0);
-    return ops.Convert(from, bytes);
-}
-
 PaperLook MakeLook(const Knobs& knobs, float amount, int sheets, int shadowDistance, bool halfHeight)
 {
     PaperLook look = {};
@@ -65,67 +58,206 @@ PaperLook MakeLook(const Knobs& knobs, float amount, int sheets, int shadowDista
     return look;
 }
 
-/// Rounds off the greys of a picture: every row goes to `takeRow` with its greys, from the top down. False when
-/// there is no memory; rows may have gone then.
-template <class TakeRow>
-bool RoundGreys(FrameBuffer& greys, int size, MemoryAllocator& allocator, TakeRow&& takeRow)
-{
-    const int taps = std::min(size, ImageOps::kMostBlurTaps);
-    if (taps > 0) {
-        const TentJob job = TentJob::Blur(SizeOf(greys), taps, taps);
-        const TentResult result = FilterTentRows(greys, job, allocator, takeRow);
-        if (result != TentResult::NotServed)
-            return result == TentResult::Done;
-        ImageOps ops;
-        if (!ops.Blur(greys, greys, static_cast<float>(taps), static_cast<float>(taps), &allocator, true))
-            return false;
+/// The collage of two pictures' dissolve, into an output that may be the same memory as one of them: no row is
+/// written before the last time that it is read.
+class Collage {
+public:
+    Collage(const FrameBuffer& first, const FrameBuffer& second, FrameBuffer& output, const Knobs& knobs,
+            const Crossfade& curve, bool halfHeight)
+        : m_first(first), m_second(second), m_output(output), m_knobs(knobs),
+          m_amount(static_cast<float>(curve.amount)),
+          m_fade(static_cast<double>(static_cast<float>(curve.fade))), m_hold(HoldOf(m_amount)),
+          m_halfHeight(halfHeight), m_asIs(first.GetFormat() == PF_BGRA8),
+          m_dissolve(DissolveSize(first, second)), m_size(SizeOf(output))
+    {
     }
-    for (int y = 0; y < greys.GetHeight(); ++y)
-        takeRow(y, greys.PixelAddress(0, y, 0));
-    return true;
-}
 
-void MakeGreys(const FrameBuffer& mix, FrameBuffer& greys, Size size)
-{
-    const PaperKernels& kernels = PaperKernelsFor(CurrentVariant());
-    for (int y = 0; y < size.height; ++y)
-        kernels.greys(mix.PixelAddress(0, y, 0), greys.PixelAddress(0, y, 0), size.width);
-}
-
-/// The collage of `mix`, BGRA8, on the part of `canvas` that it covers. Without memory the rounded greys.
-void Collage(const FrameBuffer& mix, FrameBuffer& canvas, const Knobs& knobs, float amount, bool halfHeight,
-             MemoryAllocator& allocator)
-{
-    const Size size = CommonSize(mix, canvas);
-    const int rounding = paper_collage::RoundingSize(knobs.rounding * amount, mix.GetHeight());
-    const int distance = paper_collage::ShadowDistance(knobs.shadow * amount, mix.GetHeight());
-    const int count = paper_collage::LayersFor(knobs.layers);
-    const PaperLook look = MakeLook(knobs, amount, count, distance, halfHeight);
-
-    // Greys of their own, for the blur reads them many times. Below them stands what the canvas shows there.
-    PaperSheets sheets(count, paper_collage::SheetsFor(count, knobs.balance));
-    ImageOps ops;
-    FrameBuffer greys;
-    const bool taken = greys.Allocate(canvas.GetWidth(), canvas.GetHeight(), 4, &allocator, PF_BGRA8, false)
-        && sheets.Allocate(size, look.shadowMargin, allocator);
-    if (taken) {
-        if (size != SizeOf(canvas))
-            ops.Copy(canvas, greys);
-        MakeGreys(mix, greys, size);
-        const auto takeRow = [&](int y, const std::uint8_t* row) {
-            if (y < size.height)
-                sheets.AddRow(y, mix.PixelAddress(0, y, 0), row);
-            else
-                std::copy_n(row, std::size_t{4} * static_cast<std::size_t>(canvas.GetWidth()),
-                            canvas.PixelAddress(0, y, 0));
-        };
-        if (RoundGreys(greys, rounding, allocator, takeRow)) {
-            sheets.Lay(canvas, look);
+    /// Without memory for the sheets the rounded greys, without memory for less nothing.
+    void Render(MemoryAllocator& allocator)
+    {
+        if (!m_mixRow.Allocate(allocator, std::int64_t{m_size.width} * m_output.GetPixelBytes()))
+            return;
+        // Without an amount the dissolve covers the collage. Where it is too short for that the lowest sheet shows;
+        // alpha-last bytes, which are worked on in the output itself, show the output there.
+        if (m_amount > 0.0f || !(m_asIs || m_dissolve.height >= m_size.height)) {
+            RenderSheets(allocator);
             return;
         }
+        for (int y = 0; y < std::min(m_size.height, m_dissolve.height); ++y) {
+            MakeMixRow(y);
+            BlendMixRow(y);
+        }
     }
-    MakeGreys(mix, canvas, size);
-    ops.Blur(canvas, canvas, static_cast<float>(rounding), static_cast<float>(rounding), &allocator, true);
+
+private:
+    /// The plain dissolve stands alone at both ends and is gone by half the amount.
+    static float HoldOf(float amount)
+    {
+        return amount >= 0.5f ? 0.0f : static_cast<float>(1.0 - static_cast<double>(amount) / 0.5);
+    }
+
+    /// Alpha-last bytes measure the dissolve, the others what is worked on.
+    int WorkHeight() const { return m_asIs ? m_dissolve.height : m_size.height; }
+
+    void RenderSheets(MemoryAllocator& allocator)
+    {
+        const int rounding = paper_collage::RoundingSize(m_knobs.rounding * m_amount, WorkHeight());
+        const int distance = paper_collage::ShadowDistance(m_knobs.shadow * m_amount, WorkHeight());
+        const int count = paper_collage::LayersFor(m_knobs.layers);
+        const PaperLook look = MakeLook(m_knobs, m_amount, count, distance, m_halfHeight);
+        const int cutRows = std::min(WorkHeight(), m_size.height);
+
+        const int taps = std::min(rounding, ImageOps::kMostBlurTaps);
+        const TentJob job = TentJob::Blur(m_size, taps, taps);
+        RowRing mix([&](int y, std::uint8_t* row) { MakeBytes(y, row); });
+        RowRing greys([&](int y, std::uint8_t* row) {
+            // Below a short dissolve stands what the output shows there.
+            if (y < cutRows)
+                PaperKernelsFor(CurrentVariant()).greys(mix.Row(y), row, m_size.width);
+            else
+                std::memcpy(row, m_output.PixelAddress(0, y, 0), ByteRow());
+        });
+        // Pictures that are too small to have an inside are blurred as a whole.
+        const int rows = taps < 1 || job.HasInside() ? job.RowsAtOnce() : m_size.height;
+        if (!mix.Allocate(allocator, rows, m_size.height, std::int64_t{4} * m_size.width)
+            || !greys.Allocate(allocator, rows, m_size.height, std::int64_t{4} * m_size.width))
+            return;
+
+        PaperSheets sheets(count, paper_collage::SheetsFor(count, m_knobs.balance));
+        const bool hasSheets = sheets.Allocate({m_size.width, cutRows}, look.shadowMargin, allocator);
+        const auto takeRow = [&](int y, const std::uint8_t* row) {
+            if (hasSheets && y < cutRows)
+                sheets.AddRow(y, mix.Row(y), row);
+            else
+                Finish(y, row);
+        };
+        if (RoundGreys(greys, job, allocator, takeRow) && hasSheets)
+            sheets.Lay(look, [&](int y, const std::uint8_t* row) { Finish(y, row); });
+    }
+
+    /// Rounds off the greys: every row goes to `takeRow`, from the top down, once no more rows are read of what stands
+    /// above it. False when there is no memory; no row has gone then.
+    template <class TakeRow>
+    static bool RoundGreys(TentRowSource& greys, const TentJob& job, MemoryAllocator& allocator,
+                           TakeRow&& takeRow)
+    {
+        if (job.rowTaps < 1) {
+            for (int y = 0; y < job.size.height; ++y)
+                takeRow(y, greys.Row(y));
+            return true;
+        }
+        const TentResult result = FilterTentRows(greys, PF_BGRA8, job, allocator, takeRow);
+        return result == TentResult::NotServed ? RoundWholeGreys(greys, job, allocator, takeRow)
+                                               : result == TentResult::Done;
+    }
+
+    /// The same for pictures that are too small to have an inside.
+    template <class TakeRow>
+    static bool RoundWholeGreys(TentRowSource& greys, const TentJob& job, MemoryAllocator& allocator,
+                                TakeRow&& takeRow)
+    {
+        FrameBuffer whole;
+        if (!whole.Allocate(job.size.width, job.size.height, 4, &allocator, PF_BGRA8, false))
+            return false;
+        for (int y = 0; y < job.size.height; ++y)
+            std::memcpy(whole.PixelAddress(0, y, 0), greys.Row(y),
+                        std::size_t{4} * static_cast<std::size_t>(job.size.width));
+        ImageOps ops;
+        if (!ops.Blur(whole, whole, static_cast<float>(job.rowTaps), static_cast<float>(job.columnTaps),
+                      &allocator, true))
+            return false;
+        for (int y = 0; y < job.size.height; ++y)
+            takeRow(y, whole.PixelAddress(0, y, 0));
+        return true;
+    }
+
+    /// Row y of the dissolve into the row that is kept for it.
+    void MakeMixRow(int y) { DissolveRow(m_first, m_second, m_fade, y, m_size.width, m_mixRow.Bytes()); }
+
+    /// Row y of the dissolve as alpha-last bytes, of which the sheets are cut: black below it.
+    void MakeBytes(int y, std::uint8_t* to)
+    {
+        if (y >= m_dissolve.height) {
+            std::memset(to, 0, ByteRow());
+        } else if (m_asIs) {
+            DissolveRow(m_first, m_second, m_fade, y, m_size.width, to);
+        } else {
+            MakeMixRow(y);
+            FrameBuffer mix, bytes;
+            AttachMixRow(mix);
+            AttachByteRow(bytes, to);
+            ImageOps ops;
+            ops.Convert(mix, bytes);
+        }
+    }
+
+    /// Brings row y of the collage home.
+    void Finish(int y, const std::uint8_t* row)
+    {
+        const bool blends = m_hold > 0.0f && y < m_dissolve.height;
+        if (blends)
+            MakeMixRow(y); // while the pictures' row is there
+        if (m_asIs) {
+            std::memcpy(m_output.PixelAddress(0, y, 0), row, ByteRow());
+        } else {
+            FrameBuffer bytes, output;
+            AttachByteRow(bytes, row);
+            AttachOutputRow(output, y);
+            ImageOps ops;
+            ops.Convert(bytes, output);
+        }
+        if (blends)
+            BlendMixRow(y);
+    }
+
+    /// Lays the row of the dissolve on the output's row y.
+    void BlendMixRow(int y)
+    {
+        FrameBuffer mix, output;
+        AttachMixRow(mix);
+        AttachOutputRow(output, y);
+        ImageOps ops;
+        ops.AddWeighted(mix, output, output, m_hold, 1.0f - m_hold);
+    }
+
+    std::size_t ByteRow() const { return std::size_t{4} * static_cast<std::size_t>(m_size.width); }
+
+    void AttachByteRow(FrameBuffer& view, const std::uint8_t* row) const
+    {
+        view.Attach(const_cast<std::uint8_t*>(row), m_size.width, 1, 4 * m_size.width, 4, PF_BGRA8, false);
+    }
+    void AttachMixRow(FrameBuffer& view) const
+    {
+        const int bytes = m_output.GetPixelBytes();
+        view.Attach(m_mixRow.Bytes(), m_size.width, 1, bytes * m_size.width, bytes, m_output.GetFormat(),
+                    false);
+    }
+    void AttachOutputRow(FrameBuffer& view, int y) const
+    {
+        view.Attach(m_output.PixelAddress(0, y, 0), m_size.width, 1, m_output.GetStride(),
+                    m_output.GetPixelBytes(), m_output.GetFormat(), false);
+    }
+
+    const FrameBuffer& m_first;
+    const FrameBuffer& m_second;
+    FrameBuffer& m_output;
+    const Knobs& m_knobs;
+    const float m_amount;
+    const double m_fade;
+    const float m_hold; ///< share of the plain dissolve
+    const bool m_halfHeight;
+    const bool m_asIs; ///< the pictures are of alpha-last bytes already
+    const Size m_dissolve;
+    const Size m_size;
+    Scratch m_mixRow; ///< a row of the dissolve in the pictures' format
+};
+
+/// The picture, or a copy where the output's rows lie over other rows of it.
+bool Attach(FrameBuffer& picture, const FrameBuffer& given, const FrameBuffer& output,
+            MemoryAllocator& allocator)
+{
+    const bool isSame = given.GetPixels() == output.GetPixels() && given.GetStride() == output.GetStride();
+    return isSame ? picture.AttachBuffer(given) : SetAside(given, output, picture, allocator);
 }
 
 } // namespace
@@ -138,44 +270,20 @@ bool CEmbossedPaperBlend::RenderFrame(const RenderCall& call)
     const double progress = ClampProgress(ReadField<double>(call.info, offsetof(RenderInfo, progress)));
     const Knobs knobs = ReadKnobs(call.host);
 
-    FrameBuffer first, second, target, output;
-    first.AttachFrame(&call.firstPicture);
-    second.AttachFrame(call.secondPicture);
+    FrameBuffer given, givenSecond, target, output, first, second;
+    given.AttachFrame(&call.firstPicture);
+    givenSecond.AttachFrame(call.secondPicture);
     target.AttachFrame(&call.output);
-    const Size both = CommonSize(first, target);
-    const Size size = {std::min(both.width, second.GetWidth()), std::min(both.height, second.GetHeight())};
-    if (!AreServedAlike(first, target) || !second.GetPixels() || IsEmpty(size))
+    const Size both = CommonSize(given, target);
+    const Size size = {std::min(both.width, givenSecond.GetWidth()),
+                       std::min(both.height, givenSecond.GetHeight())};
+    if (!AreServedAlike(given, target) || !givenSecond.GetPixels() || IsEmpty(size))
         return true;
     AttachCorner(output, target, size);
-
-    const Crossfade curve = CrossfadeCurve(progress, knobs.crossFade, knobs.tempo);
-    const auto fade = static_cast<double>(static_cast<float>(curve.fade));
-    FrameBuffer mix;
-    if (!Dissolve(first, second, mix, DissolveSize(first, second), fade, allocator))
-        return true;
-
-    ImageOps ops;
-    // Without an amount the dissolve covers the collage. Where it is too short for that the lowest sheet shows;
-    // alpha-last bytes, which are worked on in the output itself, show the output there.
-    const bool covers = first.GetFormat() == PF_BGRA8 || mix.GetHeight() >= size.height;
-    if (curve.amount > 0.0f || !covers) {
-        const bool halfHeight = IsHalfHeight(call.info);
-        if (first.GetFormat() == PF_BGRA8) {
-            Collage(mix, output, knobs, curve.amount, halfHeight, allocator);
-        } else {
-            FrameBuffer bytes, canvas;
-            if (!Take(bytes, mix, size, allocator)
-                || !canvas.Allocate(size.width, size.height, 4, &allocator, PF_BGRA8, false))
-                return true;
-            Collage(bytes, canvas, knobs, curve.amount, halfHeight, allocator);
-            ops.Convert(canvas, output);
-        }
-    }
-    // The plain dissolve stands alone at both ends and is gone by half the amount.
-    const float hold =
-        curve.amount >= 0.5f ? 0.0f : static_cast<float>(1.0 - static_cast<double>(curve.amount) / 0.5);
-    if (hold > 0.0f)
-        ops.AddWeighted(mix, output, output, hold, 1.0f - hold);
+    if (Attach(first, given, output, allocator) && Attach(second, givenSecond, output, allocator))
+        Collage(first, second, output, knobs, CrossfadeCurve(progress, knobs.crossFade, knobs.tempo),
+                IsHalfHeight(call.info))
+            .Render(allocator);
     return true;
 }
 

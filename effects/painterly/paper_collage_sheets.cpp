@@ -33,9 +33,11 @@ constexpr std::uint32_t kOpaque = 0xFF000000u;
 
 } // namespace
 
-PaperSheets::PaperSheets(int count, const std::array<std::uint8_t, 256>& sheetOf)
-    : m_count(count), m_sheetOf(sheetOf)
+PaperSheets::PaperSheets(int count, const std::array<std::uint8_t, 256>& sheetOf) : m_count(count)
 {
+    for (int grey = 0; grey < 256; ++grey)
+        for (int sheet = sheetOf[static_cast<std::size_t>(grey)]; sheet < count; ++sheet)
+            m_limits[sheet] = static_cast<std::uint8_t>(grey);
 }
 
 bool PaperSheets::Allocate(Size size, int shadowMargin, MemoryAllocator& allocator)
@@ -48,48 +50,20 @@ bool PaperSheets::Allocate(Size size, int shadowMargin, MemoryAllocator& allocat
     if (width > (1 << 29) / height)
         return false;
     m_margin = std::min(shadowMargin, m_count);
-    const std::int64_t greyBytes = std::int64_t{GreyWidth()} * (size.height + 2 * m_margin);
-    if (!m_sheets.Allocate(allocator, std::int64_t{size.width} * size.height)
-        || !m_grey.Allocate(allocator, greyBytes)
-        || !m_rows.Allocate(allocator, std::int64_t{4} * GreyWidth()))
-        return false;
-    std::memset(m_grey.Bytes(), 0, static_cast<std::size_t>(greyBytes));
-    return true;
+    return m_sheets.Allocate(allocator, std::int64_t{size.width} * size.height)
+        && m_greys.Allocate(allocator, std::int64_t{GreyStep()} * (3 * m_count + 1))
+        && m_canvas.Allocate(allocator, std::int64_t{size.width} * 4 * m_count);
 }
 
 void PaperSheets::AddRow(int y, const std::uint8_t* pixels, const std::uint8_t* greys)
 {
-    // Sums of a stretch side by side in one word, in two sets: neighbours are mostly on the same sheet, and a sum
-    // must not wait for the one before it.
-    constexpr int kStretch = 4096; // of so many pixels a colour's sum fits 21 bits
-    std::uint8_t* sheets = SheetRow(y);
-    for (int first = 0; first < m_size.width; first += kStretch) {
-        std::uint64_t sums[2][kMostLayers] = {};
-        std::uint32_t counts[2][kMostLayers] = {};
-        const int end = std::min(first + kStretch, m_size.width);
-        for (int x = first; x < end; ++x) {
-            const std::uint8_t* pixel = pixels + std::ptrdiff_t{4} * x;
-            const std::uint8_t sheet = m_sheetOf[greys[std::ptrdiff_t{4} * x + 2]];
-            sheets[x] = sheet;
-            sums[x & 1][sheet] += pixel[0] | static_cast<std::uint64_t>(pixel[1]) << 21
-                | static_cast<std::uint64_t>(pixel[2]) << 42;
-            ++counts[x & 1][sheet];
-        }
-        constexpr std::uint64_t mask = (1u << 21) - 1;
-        for (std::size_t i = 0; i < kMostLayers; ++i) {
-            for (int set = 0; set < 2; ++set) {
-                m_sums[i].count += counts[set][i];
-                m_sums[i].b += static_cast<std::int64_t>(sums[set][i] & mask);
-                m_sums[i].g += static_cast<std::int64_t>(sums[set][i] >> 21 & mask);
-                m_sums[i].r += static_cast<std::int64_t>(sums[set][i] >> 42);
-            }
-        }
-    }
+    Kernels().cut(greys, SheetRow(y), m_size.width, m_limits, m_count - 1);
+    Kernels().add(pixels, SheetRow(y), m_size.width, m_sums);
 }
 
 Colour PaperSheets::AverageOf(int sheet) const
 {
-    const Sums& sums = m_sums[static_cast<std::size_t>(sheet)];
+    const PaperSums& sums = m_sums[sheet];
     if (sums.count == 0)
         return {};
     const auto average = [&](std::int64_t sum) { return static_cast<int>(sum / sums.count); };
@@ -101,9 +75,9 @@ PaperSheets::Words PaperSheets::SheetColours(const PaperLook& look) const
     const Levels levels = LevelsFor(m_count);
     Words words = {};
     for (int i = 0; i < m_count; ++i) {
-        const auto at = static_cast<std::size_t>(i);
-        const Colour ramp = Mix(ColourOf(look.foreground), ColourOf(look.background), levels.grey[at]);
-        words[at] = BgraWord(Mix(AverageOf(i), ramp, look.blendColors));
+        const int level = levels.grey[static_cast<std::size_t>(i)];
+        const Colour ramp = Mix(ColourOf(look.foreground), ColourOf(look.background), level);
+        words.of[i] = BgraWord(Mix(AverageOf(i), ramp, look.blendColors));
     }
     return words;
 }
@@ -112,46 +86,83 @@ PaperSheets::Words PaperSheets::ShadowColours(const Words& sheets, int share) co
 {
     Words words = {};
     Colour shadow = {};
-    for (std::size_t i = 0; i < static_cast<std::size_t>(m_count); ++i) {
-        const std::uint32_t sheet = sheets[i];
+    for (int i = 0; i < m_count; ++i) {
+        const std::uint32_t sheet = sheets.of[i];
         const Colour colour = {static_cast<int>(sheet & 255), static_cast<int>(sheet >> 8 & 255),
                                static_cast<int>(sheet >> 16 & 255)};
         shadow = Mix(colour, shadow, share);
         // Kept: red and blue change places on the way into the pixel. It shows while shadows have a colour.
-        words[i] = BgraWord(shadow.r, shadow.g, shadow.b);
+        words.of[i] = BgraWord(shadow.r, shadow.g, shadow.b);
     }
     return words;
 }
 
-void PaperSheets::Lay(FrameBuffer& canvas, const PaperLook& look)
+void PaperSheets::Begin(const PaperLook& look)
 {
-    // The lowest sheet covers everything, and masks are nested: what shows of a pixel is its own sheet, under the
-    // shadows of the higher ones.
     const Words sheets = SheetColours(look);
-    Words opaque = sheets;
-    for (std::uint32_t& word : opaque)
+    m_colours = sheets;
+    for (std::uint32_t& word : m_colours.of)
         word |= kOpaque;
-    for (int y = 0; y < m_size.height; ++y)
-        Kernels().colour(SheetRow(y), canvas.PixelAddress(0, y, 0), m_size.width, opaque.data());
-    if (look.shadowDistance == 0)
-        return;
-    const Words shadows = ShadowColours(sheets, look.shadowColour);
-    for (int i = 0; i < m_count; ++i)
-        LayShadow(canvas, i, look.shadow, shadows[static_cast<std::size_t>(i)]);
+    m_shadows = ShadowColours(sheets, look.shadowColour);
+    m_hasShadows = look.shadowDistance != 0;
+    m_shadow = look.shadow;
+    m_step = FirstGrey() - 1;
+    // Above the first row lie zeros, and on both sides of each.
+    std::memset(m_greys.Bytes(), 0,
+                static_cast<std::size_t>(GreyStep()) * static_cast<std::size_t>(3 * m_count));
 }
 
-/// One row of the mask picture with the shifted mask in it.
+/// Row y of the canvas, finished. Shadows work their way down one behind the other, so that a row gets all of them
+/// within a few steps: each reads a row of the one below it that was softened a moment ago.
+const std::uint8_t* PaperSheets::NextRow(int y)
+{
+    if (!m_hasShadows) {
+        LayRow(y);
+        return CanvasRow(y);
+    }
+    for (; m_step < y + m_count; ++m_step) {
+        if (m_step >= 0 && m_step < m_size.height)
+            LayRow(m_step);
+        LayShadows(m_step);
+    }
+    return CanvasRow(y);
+}
+
+/// The lowest sheet covers everything, and masks are nested: what shows of a pixel is its own sheet, under the
+/// shadows of the higher ones.
+void PaperSheets::LayRow(int y)
+{
+    Kernels().colour(SheetRow(y), CanvasRow(y), m_size.width, m_colours.of);
+}
+
+void PaperSheets::LayShadows(int y)
+{
+    for (int i = 0; i < m_count; ++i)
+        if (y - i >= FirstGrey() - 1 && y - i < EndOfGreys())
+            LayShadowRow(i, y - i);
+}
+
+/// One row of the mask picture with the shifted mask in it, over what the last shadow left there: its softened row.
 // Kept: where that does not reach, the sheet below it is still there, and beyond the picture what was left of the
 // last shadow. So a dark band runs along the two edges that shadows fall away from.
-void PaperSheets::MakeShadowRow(std::uint8_t* row, int y, int sheet, Offset shadow) const
+void PaperSheets::MakeShadowRow(std::uint8_t* row, int y, int sheet) const
 {
     const int width = m_size.width, margin = m_margin;
-    std::memcpy(row, GreyRow(y), static_cast<std::size_t>(GreyWidth()));
+    const auto keep = [&](int begin, int end) {
+        const auto bytes = static_cast<std::size_t>(end - begin);
+        if (sheet == 0)
+            std::memset(row + begin, 0, bytes);
+        else
+            std::memcpy(row + begin, SoftRow() + begin, bytes);
+    };
     const bool inside = y >= 0 && y < m_size.height;
-    const int from = y - shadow.y;
+    keep(0, inside ? margin : GreyWidth());
+    if (inside)
+        keep(margin + width, GreyWidth());
+    const int from = y - m_shadow.y;
     const bool reached = from >= 0 && from < m_size.height;
-    const int left = std::clamp(shadow.x, -margin, width + margin);
-    const int right = reached ? std::clamp(shadow.x + width, left, width + margin) : left;
+    const int left = std::clamp(m_shadow.x, -margin, width + margin);
+    const int right = reached ? std::clamp(m_shadow.x + width, left, width + margin) : left;
     if (inside) {
         const auto leave = [&](int begin, int end) {
             begin = std::max(begin, 0);
@@ -167,44 +178,33 @@ void PaperSheets::MakeShadowRow(std::uint8_t* row, int y, int sheet, Offset shad
         leave(right, width);
     }
     if (reached && right > left)
-        Kernels().mask(SheetRow(from) + (left - shadow.x), row + margin + left, right - left, sheet);
+        Kernels().mask(SheetRow(from) + (left - m_shadow.x), row + margin + left, right - left, sheet);
 }
 
-/// Keeps of a softened row what lies beyond the picture.
-void PaperSheets::KeepMargins(const std::uint8_t* softRow, int y)
+/// Lays row y of a sheet's shadow, and makes the next row of its mask picture.
+void PaperSheets::LayShadowRow(int sheet, int y)
 {
-    const auto margin = static_cast<std::size_t>(m_margin), width = static_cast<std::size_t>(m_size.width);
+    std::uint8_t* const next = GreyRow(sheet, y + 1);
+    if (y + 1 < EndOfGreys())
+        MakeShadowRow(next, y + 1, sheet);
+    else
+        std::memset(next, 0, static_cast<std::size_t>(GreyWidth()));
+    if (y < FirstGrey())
+        return;
+    const std::uint8_t* const above = GreyRow(sheet, y - 1);
+    const std::uint8_t* const middle = GreyRow(sheet, y);
+    const auto soften = [&](int begin, int end) {
+        Kernels().soften(above + begin, middle + begin, next + begin, SoftRow() + begin, end - begin);
+    };
     if (y < 0 || y >= m_size.height) {
-        std::memcpy(GreyRow(y), softRow, width + 2 * margin);
+        soften(0, GreyWidth());
         return;
     }
-    std::memcpy(GreyRow(y), softRow, margin);
-    std::memcpy(GreyRow(y) + margin + width, softRow + margin + width, margin);
-}
-
-void PaperSheets::LayShadow(FrameBuffer& canvas, int sheet, Offset shadow, std::uint32_t colour)
-{
-    const auto rowBytes = static_cast<std::size_t>(GreyWidth());
-    std::uint8_t* rows[3];
-    for (int i = 0; i < 3; ++i)
-        rows[i] = m_rows.Bytes() + rowBytes * static_cast<std::size_t>(i);
-    std::uint8_t* soft = m_rows.Bytes() + rowBytes * 3;
-
-    const int first = -m_margin, end = m_size.height + m_margin;
-    std::memset(rows[0], 0, rowBytes);
-    MakeShadowRow(rows[1], first, sheet, shadow);
-    for (int y = first; y < end; ++y) {
-        if (y + 1 < end)
-            MakeShadowRow(rows[2], y + 1, sheet, shadow);
-        else
-            std::memset(rows[2], 0, rowBytes);
-        Kernels().soften(rows[0], rows[1], rows[2], soft, GreyWidth());
-        KeepMargins(soft, y);
-        if (y >= 0 && y < m_size.height)
-            Kernels().shade(canvas.PixelAddress(0, y, 0), SheetRow(y), soft + m_margin, m_size.width, sheet,
-                            colour);
-        std::rotate(rows, rows + 1, rows + 3);
-    }
+    // Inside the picture no later shadow looks at it.
+    soften(0, m_margin);
+    soften(m_margin + m_size.width, GreyWidth());
+    Kernels().shade({CanvasRow(y), SheetRow(y), above + m_margin, middle + m_margin, next + m_margin,
+                     m_size.width, sheet, m_shadows.of[sheet]});
 }
 
 } // namespace kelmora

@@ -9,9 +9,8 @@ namespace kelmora {
 /// patches with crisp borders, a sharpening that bites those borders, and a blend with the picture. It paints
 /// in bytes, whatever the pictures hold; alpha is the picture's.
 ///
-/// Render is false, with the output as far as it got, when there is no memory for the median or the
-/// sharpening; and false, with the output as it was, when the pictures are none of the four picture formats or
-/// differ in format.
+/// Render is false, with the output as it was, when there is no memory, and when the pictures are none of the
+/// four picture formats or differ in format.
 class CWaterColor final : public TableEffect<kWaterColor> {
 protected:
     bool RenderFrame(const RenderCall& call) override;

@@ -8,7 +8,9 @@ namespace kelmora {
 
 // Per channel, the median of the mask's area: of maskWidth * maskHeight values in order, the one at
 // (maskWidth * maskHeight) / 2, counted from 0. The mask covers the pixels from (x - anchorX, y - anchorY) on,
-// which the caller provides also where they lie outside the region; source and destination must not overlap.
+// which the caller provides also where they lie outside the region; source and destination must not overlap, save
+// that the destination may begin in the source's own memory, with the same step, one row above the first mask's
+// first pixel: what is written there is read no more.
 //
 // src, dst      the region's first pixel
 // *Step         bytes from row to row, positive

@@ -1,5 +1,6 @@
 #include "effects/painterly/paper_collage_plan.h"
 
+#include <algorithm>
 #include <limits>
 #include <vector>
 
@@ -179,6 +180,19 @@ TEST(PaperCollagePlan, SheetsFor_WildBalances_AreDefined)
     for (const float balance : {kNaN, kInfinity, -kInfinity, 1e30f, -1e30f})
         for (const std::uint8_t sheet : SheetsFor(5, balance))
             EXPECT_LT(sheet, 5);
+}
+
+// The rows are cut by the brightest grey of each sheet.
+TEST(PaperCollagePlan, SheetsFor_AnyBalance_RisesFromTheLowestSheet)
+{
+    for (int count = 2; count <= 8; ++count)
+        for (const float balance : {0.0f, 0.1f, 0.495f, 0.5f, 0.815f, 1.0f, kNaN, kInfinity, -kInfinity}) {
+            const auto sheets = SheetsFor(count, balance);
+            EXPECT_EQ(sheets[0], 0);
+            EXPECT_TRUE(std::is_sorted(sheets.begin(), sheets.end()))
+                << count << " sheets, balance " << balance;
+            EXPECT_EQ(sheets[255], count - 1);
+        }
 }
 
 TEST(PaperCollagePlan, ColourOf_AWord_TakesRedFromTheLowByte)

@@ -1,5 +1,6 @@
 #include "effects/painterly/paper_collage_sheets.h"
 
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -38,10 +39,12 @@ GuardedPicture Laid(int count, const std::array<std::uint8_t, 256>& sheetOf, con
     EXPECT_TRUE(sheets.Allocate({picture.Width(), picture.Height()}, look.shadowMargin, allocator));
     for (int y = 0; y < picture.Height(); ++y)
         sheets.AddRow(y, picture.Row(y), picture.Row(y));
-    const VideoFrame frame = canvas.Frame();
-    FrameBuffer view;
-    view.AttachFrame(&frame);
-    sheets.Lay(view, look);
+    int next = 0;
+    sheets.Lay(look, [&](int y, const std::uint8_t* row) {
+        EXPECT_EQ(y, next++);
+        std::copy_n(row, 4 * canvas.Width(), canvas.Row(y));
+    });
+    EXPECT_EQ(next, canvas.Height());
     return canvas;
 }
 
@@ -94,12 +97,10 @@ TEST(PaperSheets, Lay_ALargeWhitePicture_KeepsItsAverage)
     const std::vector<std::uint8_t> white(4 * 4096, 255);
     for (int y = 0; y < 2160; ++y)
         sheets.AddRow(y, white.data(), white.data());
-    std::vector<std::uint8_t> row(4 * 4096);
-    FrameBuffer view; // all rows in one place
-    view.Attach(row.data(), 4096, 2160, 0, 4, PF_BGRA8, false);
-    sheets.Lay(view, look);
-    EXPECT_EQ(row[0], 254);
-    EXPECT_EQ(row[4 * 4095 + 2], 254);
+    sheets.Lay(look, [](int, const std::uint8_t* row) {
+        ASSERT_EQ(row[0], 254);
+        ASSERT_EQ(row[4 * 4095 + 2], 254);
+    });
 }
 
 // A black sheet of one column in white ground, its shadow one pixel to the right: of the softened shadow, 3 of 9,

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <random>
 #include <vector>
@@ -629,6 +630,67 @@ TEST(PaperCollage, Render_AShadowBeyondAnyMemory_LeavesTheGrey)
             for (int c = 0; c < 4; ++c)
                 EXPECT_EQ(LevelAt(out, 11, 11, c), c < 3 ? 96 : 0) << FormatName(format);
         }
+}
+
+// --- an output in a picture's own memory -----------------------------------------------------------------------
+
+/// One render of records as they are.
+void RenderRecords(VideoFrame first, VideoFrame second, VideoFrame output, const std::vector<float>& levels,
+                   double progress)
+{
+    FakeHost host(Levels(kEffect, levels));
+    RenderInfo info = MakeInfo(AtProgress(progress));
+    EXPECT_TRUE(NewEffect(kEffect)->Render(&host, &first, &second, &output, &info));
+}
+
+// The bare dissolve shows up to an amount of a half: the pictures are read to the end.
+TEST(PaperCollage, Render_IntoEitherPictureAtAnyMoment_GivesWhatAnotherOutputGets)
+{
+    for (const std::uint32_t format : kPictureFormats)
+        for (const double progress : {0.02, 0.1, 0.2, 0.5, 0.9})
+            for (const float shadow : {0.66f, 1e9f}) { // sheets, and the greys without them
+                const GuardedPicture in = Noisy(90, 70, format, 1), second = Noisy(90, 70, format, 2);
+                std::vector<float> levels = kLevels[0];
+                levels[6] = shadow;
+                const GuardedPicture expected = Collaged(levels, in, second, progress);
+                const GuardedPicture first = in, last = second;
+                RenderRecords(first.Frame(), second.Frame(), first.Frame(), levels, progress);
+                RenderRecords(in.Frame(), last.Frame(), last.Frame(), levels, progress);
+                EXPECT_TRUE(Equal(first, expected)) << FormatName(format) << " at " << progress;
+                EXPECT_TRUE(Equal(last, expected)) << FormatName(format) << " at " << progress;
+            }
+}
+
+TEST(PaperCollage, Render_IntoOtherRowsOfAPicture_GivesWhatAnotherOutputGets)
+{
+    constexpr int kWidth = 60, kHeight = 50;
+    for (const std::uint32_t format : kPictureFormats)
+        for (const int rows : {0, 1, 7})
+            for (const int pixels : {0, 1, 5})
+                for (const bool meetsSecond : {false, true}) {
+                    const GuardedPicture memory = Noisy(kWidth + 5, kHeight + 7, format, 3), apart = memory;
+                    const GuardedPicture other = Noisy(kWidth, kHeight, format, 4);
+                    const GuardedPicture expected(kWidth, kHeight, format);
+                    VideoFrame picture = memory.Frame();
+                    picture.width = kWidth;
+                    picture.height = kHeight;
+                    VideoFrame copy = picture, output = picture;
+                    copy.data = apart.Row(0);
+                    output.data = memory.Row(rows) + pixels * BytesOfPixel(format);
+                    const auto render = [&](const VideoFrame& from, const VideoFrame& to) {
+                        RenderRecords(meetsSecond ? other.Frame() : from, meetsSecond ? from : other.Frame(),
+                                      to, kLevels[0], 0.2);
+                    };
+                    render(copy, expected.Frame());
+                    render(picture, output);
+                    for (int y = 0; y < kHeight; ++y)
+                        ASSERT_EQ(std::memcmp(memory.Row(rows + y) + pixels * BytesOfPixel(format),
+                                              expected.Row(y),
+                                              static_cast<std::size_t>(kWidth * BytesOfPixel(format))),
+                                  0)
+                            << FormatName(format) << ", row " << y << ", " << rows << " and " << pixels
+                            << " off";
+                }
 }
 
 TEST(PaperCollage, Render_WithoutInfo_IsRefusedAndWritesNothing)

@@ -277,9 +277,7 @@ TEST(WaterColor, Render_ABrushBeyondAnyMemory_Fails)
             const GuardedPicture before = out;
             FakeHost host(Levels(kEffect, PlainPaint(brush)));
             EXPECT_FALSE(Render(*NewEffect(kEffect), host, in, out));
-            if (format != PF_BGRA8) {
-                EXPECT_TRUE(Equal(out, before));
-            }
+            EXPECT_TRUE(Equal(out, before));
         }
 }
 
@@ -427,6 +425,42 @@ TEST(WaterColor, Render_FloatsOutsideTheRange_ArePaintedAsItsEnds)
                     ASSERT_EQ(out.Float(x, y, PlaceOfColour(format, c)),
                               expected.Float(x, y, PlaceOfColour(format, c)));
     }
+}
+
+// 85 rows: more than pass through the steps together, and a radius of 2.
+TEST(WaterColor, Render_IntoThePictureItself_GivesWhatAnotherOutputGets)
+{
+    for (const std::uint32_t format : kPictureFormats)
+        for (const float blend : {0.4f, 1.0f}) {
+            GuardedPicture in(41, 85, format), expected(41, 85, format);
+            in.FillNoise(9);
+            const std::vector<float> levels = {0.6f, 0.7f, 0.4f, 0.6f, 1.0f, blend};
+            RenderFresh(kEffect, levels, in, expected);
+            FakeHost host(Levels(kEffect, levels));
+            VideoFrame both = in.Frame(), output = both;
+            RenderInfo info = MakeInfo(AtProgress(0.0));
+            EXPECT_TRUE(NewEffect(kEffect)->Render(&host, &both, nullptr, &output, &info));
+            EXPECT_TRUE(Equal(in, expected)) << FormatName(format);
+        }
+}
+
+TEST(WaterColor, Render_WithoutMemory_LeavesTheOutputAsItWas)
+{
+    for (const std::uint32_t format : kPictureFormats)
+        for (const float brush : {0.5f, 1e9f}) { // the host has no memory, or nobody has enough
+            MemoryHabits habits;
+            habits.refuseFrom = 0;
+            FakeMemoryProvider memory(habits);
+            FakeHost host(Levels(kEffect, PlainPaint(brush)));
+            host.SetMemory(&memory);
+            GuardedPicture in(20, 30, format);
+            in.FillNoise(1);
+            const GuardedPicture before = in;
+            VideoFrame both = in.Frame(), output = both;
+            RenderInfo info = MakeInfo(AtProgress(0.0));
+            EXPECT_FALSE(NewEffect(kEffect)->Render(&host, &both, nullptr, &output, &info));
+            EXPECT_TRUE(Equal(in, before)) << FormatName(format);
+        }
 }
 
 TEST(WaterColor, Render_ProgressAndTheSecondPicture_PlayNoPart)

@@ -132,6 +132,46 @@ TEST(Median, MasksWiderThanAStrip_AreTheMiddleInOrder)
         CheckAgainstSorting({3, 2}, reference::CentredMask(width, 1), NoiseOf(7, Noise::Uniform));
 }
 
+// The first row of the result stands above the masks, the others take rows that no mask needs any more.
+TEST(Median, IntoTheSourcesMemoryAboveTheMasks_IsTheMiddleInOrder)
+{
+    struct {
+        Region region;
+        MedianMask mask;
+    } const cases[] = {
+        {{1, 1}, {1, 1, 0, 0}},    {{9, 7}, {1, 1, 0, 0}},    {{9, 7}, {1, 9, 0, 4}},
+        {{40, 30}, {5, 3, 2, 1}},  {{70, 9}, {9, 5, 0, 4}},   {{70, 9}, {9, 5, 8, 0}},
+        {{2051, 5}, {3, 3, 1, 1}}, {{4200, 4}, {7, 1, 3, 0}}, {{19, 9}, {5, 131, 2, 65}},
+    };
+    for (const auto& one : cases) {
+        const Region region = one.region;
+        const MedianMask mask = one.mask;
+        GuardedPicture source = SourceFor({region.width, region.height + 1}, mask);
+        source.FillNoise(3);
+        const Picture before = reference::Read(source);
+        for (const int channels : {3, 4}) {
+            Picture expected(region.width, region.height, PF_BGRA8);
+            for (int y = 0; y < region.height; ++y)
+                for (int x = 0; x < region.width; ++x)
+                    expected.At(x, y, 3) = before.At(x, y, 3);
+            reference::Median(before, mask.anchorX, mask.anchorY + 1, expected, mask, channels);
+            const auto member = channels == 3 ? pxMedian_8u_A3 : pxMedian_8u_C4;
+            ForEachVariant([&] {
+                reference::Write(before, source);
+                const auto* first = ElementAt<std::uint8_t>(source, mask.anchorX, mask.anchorY + 1);
+                ASSERT_EQ(member(first, source.Stride(), source.Row(0), source.Stride(), region.width,
+                                 region.height, mask.width, mask.height, mask.anchorX, mask.anchorY),
+                          pxOk);
+                const Picture after = reference::Read(source);
+                for (int y = 0; y < region.height; ++y)
+                    for (int x = 0; x < region.width; ++x)
+                        for (int c = 0; c < 4; ++c)
+                            ASSERT_EQ(after.At(x, y, c), expected.At(x, y, c)) << x << ", " << y;
+            });
+        }
+    }
+}
+
 TEST(Median, FlatCheckeredRampsAndFewValues_AreTheMiddleInOrder)
 {
     for (const auto& size : {Region{1, 1}, {3, 3}, {1, 9}, {9, 1}, {15, 15}, {31, 9}, {9, 65}})
