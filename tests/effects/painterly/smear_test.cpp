@@ -279,6 +279,17 @@ TEST(Smear, Render_LongStreaks_AreThePlainVersions)
                               random);
 }
 
+// Streaks across the rows of pictures that are smeared in several tiles, upright, slanted and all but level.
+TEST(Smear, Render_SlantedStreaksOfWidePictures_AreThePlainVersions)
+{
+    std::mt19937 random(8);
+    for (const std::uint32_t format : {PF_ARGB8, PF_BGRA32F})
+        for (const float angle : {0.01f, 0.13f, 0.377778f, 0.49f, 0.62f, 0.97f, 1.0f})
+            CompareTransition(kEffect, format, {1100, 30, 1100, 30, 1090, 29},
+                              {0.15f, angle, 0.4f, 0.6f, static_cast<float>(random() % 4)}, 0.45, false,
+                              random);
+}
+
 // Streaks along the columns of pictures that are smeared some columns at a time.
 TEST(Smear, Render_UprightStreaksOfWidePictures_AreThePlainVersions)
 {
@@ -726,7 +737,7 @@ TEST(Smear, Render_StreaksAlongTheRows_TakeAFewRowsOfMemory)
     }
 }
 
-TEST(Smear, Render_SlantedStreaksOneWay_TakeOnePictureOfMemory)
+TEST(Smear, Render_SlantedStreaksOneWay_TakeHalfTheMemoryOfBothWays)
 {
     for (const std::uint32_t format : {PF_BGRA8, PF_BGRA32F}) {
         const GuardedPicture in = Noisy(60, 400, format, 1), second = Noisy(60, 400, format, 2);
@@ -738,14 +749,21 @@ TEST(Smear, Render_SlantedStreaksOneWay_TakeOnePictureOfMemory)
     }
 }
 
-TEST(Smear, Render_UprightStreaks_TakeAPartOfTheColumnsAtATime)
+// 512 columns of floats, or 1024 of bytes, and the margins for each way, of 6000; of flat streaks a few rows.
+TEST(Smear, Render_StreaksAcrossTheRows_TakeAPartOfThePictureAtATime)
 {
     for (const std::uint32_t format : {PF_BGRA8, PF_BGRA32F}) {
-        const GuardedPicture in = Noisy(4000, 20, format, 1), second = Noisy(4000, 20, format, 2);
-        const std::uint64_t picture = 4000u * 20u * static_cast<std::uint64_t>(in.PixelBytes());
-        for (const float direction : {0.0f, 0.5f, 1.0f})
-            EXPECT_LT(PeakOf({1.0f, 0.25f, direction, 0.8f, kBlended}, in, &second, 0.5), picture * 3 / 5)
-                << direction;
+        const GuardedPicture in = Noisy(6000, 150, format, 1), second = Noisy(6000, 150, format, 2);
+        const auto bytes = static_cast<std::uint64_t>(in.PixelBytes());
+        for (const float angle : {0.13f, 0.25f, 0.377778f, 0.7f})
+            for (const float direction : {0.0f, 0.5f, 1.0f})
+                EXPECT_LT(PeakOf({1.0f, angle, direction, 0.8f, kBlended}, in, &second, 0.5),
+                          6000u * 150u * bytes * 2 / 5)
+                    << angle << ", " << direction;
+        const GuardedPicture high = Noisy(600, 2000, format, 1), other = Noisy(600, 2000, format, 2);
+        for (const float angle : {0.01f, 0.49f})
+            EXPECT_LT(PeakOf({1.0f, angle, 0.5f, 0.8f, kBlended}, high, &other, 0.5), 600u * 400u * bytes)
+                << angle;
     }
 }
 

@@ -1,0 +1,243 @@
+// The rows of Smear's streaks, compiled once per instruction set: see image/primitives/detail/simd.h for what that
+// forbids.
+
+#include "effects/painterly/smear_kernels.h"
+#include "image/primitives/detail/simd.h"
+
+namespace kelmora::KELMORA_VARIANT {
+namespace {
+
+/// LoadPart and StorePart, of rows that are often short.
+template <class V>
+KELMORA_INLINE V LoadRest(const uint8_t* from, int bytes)
+{
+#if defined(__AVX512BW__)
+    return (V)_mm512_maskz_loadu_epi8((1ull << bytes) - 1, from);
+#else
+    return LoadPart<V>(from, bytes);
+#endif
+}
+
+template <class V>
+KELMORA_INLINE void StoreRest(uint8_t* to, V v, int bytes)
+{
+#if defined(__AVX512BW__)
+    _mm512_mask_storeu_epi8(to, (1ull << bytes) - 1, (__m512i)v);
+#else
+    StorePart(to, v, bytes);
+#endif
+}
+
+/// Calls mean(own, load) for whole vectors and for the rest, in the order that the row wants; load(from) is what stands
+/// at an address or as far behind it as the vector's pixels stand behind the first.
+template <class V, class Mean>
+KELMORA_INLINE void MeanValues(const SmearRow& row, ptrdiff_t bytes, const Mean& mean)
+{
+    auto* const pixels = static_cast<uint8_t*>(row.pixels);
+    const ptrdiff_t whole = bytes / kVectorBytes * kVectorBytes;
+    const auto meanAt = [&](ptrdiff_t at) __attribute__((always_inline))
+    {
+        const auto load = [at](const uint8_t* from) __attribute__((always_inline))
+        {
+            return Load<V>(from + at);
+        };
+        Store(pixels + at, mean(load(pixels), load));
+    };
+    const auto meanOfRest = [&]() __attribute__((always_inline))
+    {
+        const int rest = static_cast<int>(bytes - whole);
+        const auto load = [=](const uint8_t* from) __attribute__((always_inline))
+        {
+            return LoadRest<V>(from + whole, rest);
+        };
+        if (rest > 0)
+            StoreRest(pixels + whole, mean(load(pixels), load), rest);
+    };
+    if (row.backward) {
+        meanOfRest();
+        for (ptrdiff_t at = whole - kVectorBytes; at >= 0; at -= kVectorBytes)
+            meanAt(at);
+    } else {
+        for (ptrdiff_t at = 0; at < whole; at += kVectorBytes)
+            meanAt(at);
+        meanOfRest();
+    }
+}
+
+// --- floats ---------------------------------------------------------------------------------------------
+
+/// What is moved over the pixels, row by row: to the right, then down.
+class FloatShift {
+public:
+    KELMORA_METHOD explicit FloatShift(const SmearRow& row)
+        : m_left(1.0f - row.rightFloat), m_right(row.rightFloat), m_above(1.0f - row.belowFloat),
+          m_below(row.belowFloat)
+    {
+    }
+
+    KELMORA_METHOD F32 Across(F32 left, F32 right) const { return left * m_left + right * m_right; }
+    KELMORA_METHOD F32 Down(F32 upper, F32 lower) const { return upper * m_above + lower * m_below; }
+
+private:
+    float m_left, m_right, m_above, m_below;
+};
+
+void MeanFloats(const SmearRow& row)
+{
+    const FloatShift shift(row);
+    const auto* const upper = static_cast<const uint8_t*>(row.upper);
+    const auto* const lower = static_cast<const uint8_t*>(row.lower);
+    MeanValues<F32>(
+        row, static_cast<ptrdiff_t>(row.count) * 16, [=](F32 own, auto load) __attribute__((always_inline)) {
+            const F32 above = shift.Across(load(upper), load(upper + 16));
+            const F32 below = shift.Across(load(lower), load(lower + 16));
+            return (own + shift.Down(above, below)) * 0.5f;
+        });
+}
+
+void MeanLevelFloats(const SmearRow& row)
+{
+    const FloatShift shift(row);
+    const auto* const upper = static_cast<const uint8_t*>(row.upper);
+    MeanValues<F32>(
+        row, static_cast<ptrdiff_t>(row.count) * 16, [=](F32 own, auto load) __attribute__((always_inline)) {
+            // The row below would add a positive 0.
+            return (own + (shift.Across(load(upper), load(upper + 16)) + 0.0f)) * 0.5f;
+        });
+}
+
+bool AreOrdinary(const void* floats, int values)
+{
+    constexpr int32_t kMost = 0x71800000; // 2^100; the order of positive floats is that of their bits
+    const auto* from = static_cast<const uint8_t*>(floats);
+    const ptrdiff_t bytes = static_cast<ptrdiff_t>(values) * 4;
+    const auto strangeness = [=](I32 v) __attribute__((always_inline))
+    {
+        return v | MaskGreater(v, I32{} + kMost);
+    };
+    I32 strange = {}; // negative where one was
+    ptrdiff_t at = 0;
+    for (; at + kVectorBytes <= bytes; at += kVectorBytes)
+        strange |= strangeness(Load<I32>(from + at));
+    strange |= strangeness(LoadPart<I32>(from + at, static_cast<int>(bytes - at)));
+    int32_t any = 0;
+    for (int i = 0; i < kVectorBytes / 4; ++i)
+        any |= strange[i];
+    return any >= 0;
+}
+
+// --- bytes ----------------------------------------------------------------------------------------------
+
+KELMORA_INLINE U8 HalveEven(U8 a, U8 b)
+{
+    const U8 mean = Average(a, b);
+    return mean - ((a ^ b) & mean & 1);
+}
+
+/// Interpolation of bytes along one axis.
+class ByteLerp {
+public:
+    /// weight: of the second, 1 to 255.
+    KELMORA_METHOD explicit ByteLerp(int weight)
+        : m_second(I16{} + static_cast<int16_t>(weight)),
+          m_both(
+              InterleaveLow(U8{} + static_cast<uint8_t>(256 - weight), U8{} + static_cast<uint8_t>(weight)))
+    {
+    }
+
+    /// In 256ths, less 32768 so that they are signed words.
+    KELMORA_METHOD I16 Low(U8 a, U8 b) const
+    {
+#if defined(__AVX2__)
+        return MulAddBytes(m_both, InterleaveLow(a, b) ^ 128);
+#else
+        return Less32768(RaiseLow(a) + (U16)(WidenLow(b) - WidenLow(a)) * (U16)m_second);
+#endif
+    }
+
+    KELMORA_METHOD I16 High(U8 a, U8 b) const
+    {
+#if defined(__AVX2__)
+        return MulAddBytes(m_both, InterleaveHigh(a, b) ^ 128);
+#else
+        return Less32768(RaiseHigh(a) + (U16)(WidenHigh(b) - WidenHigh(a)) * (U16)m_second);
+#endif
+    }
+
+    /// To nearest, halves up.
+    KELMORA_METHOD U8 operator()(U8 a, U8 b) const
+    {
+        const uint16_t raise = 32768 + 128;
+        return Pack((I16)(((U16)Low(a, b) + raise) >> 8), (I16)(((U16)High(a, b) + raise) >> 8));
+    }
+
+private:
+    [[maybe_unused]] KELMORA_METHOD static I16 Less32768(U16 words)
+    {
+        return (I16)words ^ static_cast<int16_t>(-32768);
+    }
+
+    [[maybe_unused]] I16 m_second;
+    [[maybe_unused]] U8 m_both; ///< the weights of both, one by one
+};
+
+/// Interpolation of bytes along both axes, with one rounding.
+class ByteShift {
+public:
+    /// right: 1 to 255.
+    KELMORA_METHOD ByteShift(int right, int below)
+        : m_across(right), m_down((I16)(I32{} + ((256 - below) | below << 16)))
+    {
+    }
+
+    KELMORA_METHOD U8 operator()(U8 upperLeft, U8 upperRight, U8 lowerLeft, U8 lowerRight) const
+    {
+        return Pack(Down(m_across.Low(upperLeft, upperRight), m_across.Low(lowerLeft, lowerRight)),
+                    Down(m_across.High(upperLeft, upperRight), m_across.High(lowerLeft, lowerRight)));
+    }
+
+private:
+    KELMORA_METHOD I16 Down(I16 upper, I16 lower) const
+    {
+        const I32 round = I32{} + (32768 * 256 + 32768);
+        const I32 low = MulAddPairs(InterleaveLow(upper, lower), m_down) + round;
+        const I32 high = MulAddPairs(InterleaveHigh(upper, lower), m_down) + round;
+        return Pack((I32)((U32)low >> 16), (I32)((U32)high >> 16));
+    }
+
+    ByteLerp m_across;
+    I16 m_down;
+};
+
+void MeanBytes(const SmearRow& row)
+{
+    const ptrdiff_t bytes = static_cast<ptrdiff_t>(row.count) * 4;
+    const auto* const upper = static_cast<const uint8_t*>(row.upper);
+    const auto* const lower = static_cast<const uint8_t*>(row.lower);
+    if (row.right == 0 && row.below == 0) {
+        MeanValues<U8>(
+            row, bytes, [=](U8 own, auto load) __attribute__((always_inline)) {
+                return HalveEven(own, load(upper));
+            });
+    } else if (row.right == 0 || row.below == 0) {
+        const ByteLerp lerp(row.right != 0 ? row.right : row.below);
+        const uint8_t* const second = row.right != 0 ? upper + 4 : lower;
+        MeanValues<U8>(
+            row, bytes, [=](U8 own, auto load) __attribute__((always_inline)) {
+                return HalveEven(own, lerp(load(upper), load(second)));
+            });
+    } else {
+        const ByteShift shift(row.right, row.below);
+        MeanValues<U8>(
+            row, bytes, [=](U8 own, auto load) __attribute__((always_inline)) {
+                return HalveEven(own, shift(load(upper), load(upper + 4), load(lower), load(lower + 4)));
+            });
+    }
+}
+
+} // namespace
+
+extern const SmearKernels kSmearKernels;
+const SmearKernels kSmearKernels = {MeanBytes, MeanFloats, MeanLevelFloats, AreOrdinary};
+
+} // namespace kelmora::KELMORA_VARIANT
