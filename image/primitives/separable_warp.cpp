@@ -151,6 +151,7 @@ void* SeparableWarp::AcrossOf(int line)
     across.lastColumn = m_src.bounds.right;
     across.left = m_left;
     across.weights = m_weights;
+    across.ahead = m_map.yy < 0.0 ? -m_src.step : m_src.step;
     if (m_inSteps) {
         across.left = nullptr;
         across.firstLeft = m_firstLeft;
@@ -190,6 +191,7 @@ void SeparableWarp::Row(int y, void* dst, const void* halveWith)
     down.weight = line.weight;
     down.weightFloat = line.weightFloat;
     down.halveWith = halveWith;
+    down.isReadLater = m_areReadLater;
     (m_floats ? m_kernels.downFloats : m_kernels.downBytes)(down);
 }
 

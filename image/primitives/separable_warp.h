@@ -27,6 +27,9 @@ public:
     /// halveWith: null, or the first of the pixels whose mean with the result is wanted, ties to even.
     void Row(int y, void* dst, const void* halveWith = nullptr);
 
+    /// From now on nobody reads rows before many others: long ones of floats may go past the caches.
+    void RowsAreReadLater() { m_areReadLater = true; }
+
 private:
     struct Place {
         int index;
@@ -47,6 +50,7 @@ private:
     AffineMap m_map;
     WarpSpan m_columns; ///< covered
     bool m_floats;
+    bool m_areReadLater = false;
     Place m_shift = {};     ///< of column 0, for a shift
     bool m_inSteps = false; ///< every covered column is one on from that of the pixel before, with one weight
     int m_firstLeft = 0;    ///< the first one then

@@ -86,6 +86,7 @@ bool SeparableRows(const WarpImage& image, const AffineMap& map, T* dst, int dst
     const auto address = reinterpret_cast<std::uintptr_t>(memory);
     void* const work = static_cast<u8*>(memory) + (kAlignment - address % kAlignment);
     SeparableWarp warp(image, map, {region.x, region.x + region.width}, kFloats, work);
+    warp.RowsAreReadLater();
     for (int y = region.y; y < region.y + region.height; ++y)
         if (const WarpSpan span = warp.Covered(y); !span.IsEmpty())
             warp.Row(y, Row(dst, dstStep, y) + std::ptrdiff_t{span.begin} * L::channels);
@@ -106,7 +107,9 @@ PxStatus WarpAffine(const T* src, int srcWidth, int srcHeight, int srcStep, cons
         return status;
 
     if (interpolation == pxLinear && IsWithinReach<L>(source)) {
-        const WarpImage image = {src, srcStep, source.bounds};
+        const WarpImage image = {src, srcStep, source.bounds,
+                                 BytesAhead(kRowsAhead * map.xy, kRowsAhead * map.yy, source.bounds, srcStep,
+                                            L::channels * static_cast<int>(sizeof(T)))};
         if (SeparableWarp::Serves(map, image)) {
             if (SeparableRows<L>(image, map, dst, dstStep, dstRegion))
                 return pxOk;

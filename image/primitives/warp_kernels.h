@@ -16,6 +16,7 @@ struct WarpImage {
     const void* pixels;
     std::ptrdiff_t step;
     WarpBounds bounds;
+    std::ptrdiff_t ahead = 0; ///< bytes from a pixel to one that will soon be needed: a hint
 };
 
 /// Pixels of a row whose positions X[0] * x + X[1], Y[0] * x + Y[1] all lie inside.
@@ -34,6 +35,27 @@ struct PerspectiveRow {
     double u[2], v[2], w[2];
 };
 
+/// One of a quadrangle's edges, clockwise or not, all four alike.
+struct WarpEdge {
+    double x, y;                            ///< where it begins
+    double wayX, wayY, square;              ///< to where it ends, and that length's square
+    double outwardX, outwardY, outwardFrom; ///< outwardX * x + outwardY * y + outwardFrom: how far outside
+};
+
+/// Pixels outside the quadrangle of the bounds' corners. Those nearer to it than 1 are mixed with the colour of its
+/// nearest point.
+struct WarpRing {
+    static constexpr int kMost = 128; ///< pixels, whole blocks
+
+    WarpImage src;
+    void* dst; ///< the pixel (0, 0)
+    std::ptrdiff_t dstStep;
+    const WarpEdge* edges;  ///< four
+    const double (*map)[3]; ///< PerspectiveMap::rows
+    int count;
+    double x[kMost], y[kMost]; ///< whole numbers, also behind `count` to the end of its block
+};
+
 /// A source row, interpolated across: what comes of it is the row of a kind of picture that only the `down`
 /// loops know. Of bytes in an order of their own, so it begins on a vector and ends on one.
 struct AcrossRow {
@@ -46,6 +68,7 @@ struct AcrossRow {
     const void* weights; ///< per pixel, of the column to the right: four equal bytes in 256ths; a float
     int shiftWeight;     ///< in 256ths, with `left` null
     float shiftWeightFloat;
+    std::ptrdiff_t ahead; ///< as WarpImage::ahead
 };
 
 /// Two rows of `AcrossRow`, interpolated.
@@ -57,6 +80,7 @@ struct DownRow {
     int weight; ///< of the lower row, in 256ths, 0 to 256
     float weightFloat;
     const void* halveWith; ///< null, or a row whose mean with the result is wanted, ties to even
+    bool isReadLater;      ///< not soon: long rows of floats may go past the caches
 };
 
 /// Two rows of bytes, interpolated in one direction.
@@ -76,8 +100,11 @@ struct WarpKernels {
 
     void (*affineBytes)(const AffineRow&);
     void (*affineFloats)(const AffineRow&);
-    void (*perspectiveBytes)(const PerspectiveRow&);
-    void (*perspectiveFloats)(const PerspectiveRow&);
+    /// Both give the pixels from the first inside to the last one; none: an empty span.
+    WarpSpan (*perspectiveBytes)(const PerspectiveRow&);
+    WarpSpan (*perspectiveFloats)(const PerspectiveRow&);
+    void (*ringBytes)(const WarpRing&);
+    void (*ringFloats)(const WarpRing&);
     void (*acrossBytes)(const AcrossRow&);
     void (*acrossFloats)(const AcrossRow&);
     void (*downBytes)(const DownRow&);

@@ -32,6 +32,8 @@ KELMORA_INLINE F64 Cut(F64 value, double low, double high)
 /// the results are rounded like those times 1.
 class AffineLine {
 public:
+    static constexpr bool kCuts = false; ///< positions to the bounds
+
     KELMORA_METHOD AffineLine(const AffineRow& row, double scale)
         : m_x{row.x[0] * scale, row.x[1] * scale}, m_y{row.y[0] * scale, row.y[1] * scale}
     {
@@ -52,6 +54,8 @@ private:
 
 class PerspectiveLine {
 public:
+    static constexpr bool kCuts = false;
+
     KELMORA_METHOD PerspectiveLine(const PerspectiveRow& row, double scale)
         : m_u{row.u[0] * scale, row.u[1] * scale}, m_v{row.v[0] * scale, row.v[1] * scale}, m_w{row.w[0],
                                                                                                 row.w[1]},
@@ -90,9 +94,136 @@ KELMORA_INLINE unsigned BitsOf(I64 mask)
 #endif
 }
 
-constexpr unsigned kAllInside = (1u << kBlock) - 1;
+KELMORA_INLINE F64 SquareRoot(F64 v)
+{
+#if defined(KELMORA_VEC)
+    typedef KELMORA_BY_WIDTH(__m128d, __m256d, __m512d) Vector;
+    return (F64)KELMORA_BY_WIDTH(_mm_sqrt_pd, _mm256_sqrt_pd, _mm512_sqrt_pd)((Vector)v);
+#else
+    for (int k = 0; k < kDoubles; ++k)
+        v[k] = __builtin_sqrt(v[k]);
+    return v;
+#endif
+}
+
+/// Where the points of a quadrangle's edges come from that are nearest to the pixels of a ring, and what these points
+/// weigh: their shares.
+class RingLine {
+public:
+    static constexpr bool kCuts = true;
+
+    KELMORA_METHOD RingLine(const WarpRing& ring, double scale) : m_ring(ring), m_scale(scale) {}
+
+    /// All bits per element that has a share.
+    KELMORA_METHOD I64 At(int first, F64& x, F64& y)
+    {
+        const F64 pixelX = Load<F64>(m_ring.x + first), pixelY = Load<F64>(m_ring.y + first);
+        F64 borderX, borderY;
+        const F64 share = 1.0 - DistanceOf(pixelX, pixelY, borderX, borderY);
+        Store(m_shares + (first & (kBlock - 1)), share);
+
+        const double(*const map)[3] = m_ring.map;
+        const auto form = [&](int i) { return borderX * map[i][0] + (map[i][1] * borderY + map[i][2]); };
+        const F64 q = 1.0 / form(2);
+        const F64 atX = form(0) * q, atY = form(1) * q;
+        const I64 has = (Columns(first) < F64{} + m_ring.count) & (OutsideBy(pixelX, pixelY) <= F64{} + 1.001)
+            & (share > F64{}) & IsFinite(atX) & IsFinite(atY);
+        const WarpBounds& b = m_ring.src.bounds;
+        x = Clamped(has ? atX : F64{} + b.left, b.left, b.right) * m_scale;
+        y = Clamped(has ? atY : F64{} + b.top, b.top, b.bottom) * m_scale;
+        return has;
+    }
+
+    KELMORA_METHOD double Share(int i) const { return m_shares[i]; }
+
+    /// In 256ths, ties to even.
+    KELMORA_METHOD uint32_t Weight(int i) const
+    {
+        // Where one unit is the last bit, an addition rounds.
+        const double unit = 6755399441055744.0;
+        return static_cast<uint32_t>(m_shares[i] * 256.0 + unit - unit);
+    }
+
+private:
+    KELMORA_METHOD F64 OutsideBy(F64 pixelX, F64 pixelY) const
+    {
+        F64 most = {};
+        for (int k = 0; k < 4; ++k) {
+            const WarpEdge& edge = m_ring.edges[k];
+            const F64 by = pixelX * edge.outwardX + pixelY * edge.outwardY + edge.outwardFrom;
+            most = by > most ? by : most;
+        }
+        return most;
+    }
+
+    /// To the nearest point, which comes out, too: the first of those as near as rounding tells.
+    KELMORA_METHOD F64 DistanceOf(F64 pixelX, F64 pixelY, F64& x, F64& y) const
+    {
+        const auto distanceTo = [&](F64 toX, F64 toY) {
+            const F64 dx = toX - pixelX, dy = toY - pixelY;
+            return SquareRoot(dx * dx + dy * dy);
+        };
+        x = F64{} + m_ring.edges[0].x;
+        y = F64{} + m_ring.edges[0].y;
+        F64 least = distanceTo(x, y);
+        for (int k = 0; k < 4; ++k) {
+            const WarpEdge& edge = m_ring.edges[k];
+            const F64 along = (pixelX - edge.x) * edge.wayX + (pixelY - edge.y) * edge.wayY;
+            const F64 t = edge.square > 0.0 ? Clamped(along / edge.square, 0.0, 1.0) : F64{};
+            const F64 pointX = edge.x + t * edge.wayX, pointY = edge.y + t * edge.wayY;
+            const F64 distance = distanceTo(pointX, pointY);
+            const I64 isLess = distance < least;
+            x = isLess ? pointX : x;
+            y = isLess ? pointY : y;
+            least = isLess ? distance : least;
+        }
+        return least;
+    }
+
+    /// Unlike Cut it lets a zero's sign be.
+    KELMORA_METHOD static F64 Clamped(F64 value, double low, double high)
+    {
+        const F64 lowest = F64{} + low, highest = F64{} + high;
+        value = value < lowest ? lowest : value;
+        return highest < value ? highest : value;
+    }
+
+    KELMORA_METHOD static I64 IsFinite(F64 value)
+    {
+        const F64 most = F64{} + __DBL_MAX__;
+        return (value <= most) & (value >= -most);
+    }
+
+    const WarpRing& m_ring;
+    double m_scale;
+    double m_shares[kBlock];
+};
+
+KELMORA_INLINE uint8_t* RingPixel(const WarpRing& ring, int i, int pixelBytes)
+{
+    return static_cast<uint8_t*>(ring.dst) + static_cast<ptrdiff_t>(ring.y[i]) * ring.dstStep
+        + static_cast<ptrdiff_t>(ring.x[i]) * pixelBytes;
+}
+
+/// By the pixels of a later block that lie inside, at least one.
+KELMORA_INLINE void Widen(WarpSpan& found, int first, unsigned inside)
+{
+    if (found.begin >= found.end)
+        found.begin = first + __builtin_ctz(inside);
+    found.end = first + 32 - __builtin_clz(inside);
+}
+
+/// The rows of a turned picture are no pattern that processors would see by themselves.
+KELMORA_INLINE void Prefetch(const uint8_t* pixel, ptrdiff_t ahead)
+{
+    __builtin_prefetch(
+        reinterpret_cast<const void*>(reinterpret_cast<uintptr_t>(pixel) + static_cast<uintptr_t>(ahead)));
+}
 
 // --- bytes ----------------------------------------------------------------------------------------------
+
+/// One of so many pixels is asked for ahead.
+constexpr int kPrefetchedBytes = 4;
 
 /// a * 256 + (b - a) * weight, less 32768 so that it is a signed word.
 KELMORA_INLINE I16 AcrossWords(U16 raised, I16 a, I16 b, I16 weight)
@@ -113,7 +244,7 @@ KELMORA_INLINE __m512i CutInts(__m512i value, int low, int high)
 }
 
 template <class Line>
-KELMORA_INLINE unsigned PlaceBlock(const Line& line, const WarpBounds& bounds, int first, FixedBlock& at)
+KELMORA_INLINE unsigned PlaceBlock(Line& line, const WarpBounds& bounds, int first, FixedBlock& at)
 {
     F64 x[2], y[2];
     const unsigned low = BitsOf(line.At(first, x[0], y[0]));
@@ -159,6 +290,8 @@ KELMORA_INLINE Corners GatherCorners(const WarpImage& src, __m512i column, __m51
     alignas(64) int32_t offsets[2][16];
     _mm512_store_si512(offsets[0], upper);
     _mm512_store_si512(offsets[1], _mm512_mask_add_epi32(upper, hasBelow, upper, step));
+    for (int i = 0; i < kBlock; i += kPrefetchedBytes)
+        Prefetch(from + offsets[0][i], src.ahead);
 
     const __m512i even = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
     const __m512i odd = _mm512_or_si512(even, _mm512_set1_epi32(1));
@@ -205,19 +338,64 @@ KELMORA_INLINE U8 SampleBlock(const WarpImage& src, const FixedBlock& at)
 }
 
 template <class Line>
-KELMORA_INLINE void ByteSpan(const WarpImage& src, const Line& line, WarpSpan span, void* dst)
+KELMORA_INLINE WarpSpan ByteSpan(const WarpImage& src, Line line, WarpSpan span, void* dst)
 {
     auto* to = static_cast<uint8_t*>(dst);
-    for (int x = span.begin; x < span.end; x += kBlock, to += kBlock * 4) {
+    WarpSpan found = {};
+    for (int first = span.begin; first < span.end; first += kBlock, to += kBlock * 4) {
         FixedBlock at;
-        unsigned inside = PlaceBlock(line, src.bounds, x, at);
-        if (const int rest = span.end - x; rest < kBlock)
+        unsigned inside = PlaceBlock(line, src.bounds, first, at);
+        if (const int rest = span.end - first; rest < kBlock)
             inside &= (1u << rest) - 1;
-        _mm512_mask_storeu_epi32(to, static_cast<__mmask16>(inside), (__m512i)SampleBlock(src, at));
+        if (inside == 0)
+            continue;
+        Widen(found, first, inside);
+        const U8 pixels = SampleBlock(src, at);
+        if (inside == 0xFFFF)
+            Store(to, pixels);
+        else
+            _mm512_mask_storeu_epi32(to, static_cast<__mmask16>(inside), (__m512i)pixels);
     }
+    return found;
+}
+
+/// A block's pixels.
+struct ByteBlock {
+    uint32_t pixels[kBlock];
+};
+
+KELMORA_INLINE ByteBlock SampleSome(const WarpImage& src, const FixedBlock& at, unsigned)
+{
+    ByteBlock block;
+    Store(block.pixels, SampleBlock(src, at));
+    return block;
 }
 
 #else
+
+/// Sixteen values in 256ths of a pixel.
+struct FixedBlock {
+    int32_t x[kBlock], y[kBlock];
+};
+
+/// A bit per pixel that lies inside.
+template <class Line>
+KELMORA_INLINE unsigned PlaceBlock(Line& line, const WarpBounds& bounds, int first, FixedBlock& at)
+{
+    unsigned inside = 0;
+    for (int i = 0; i < kBlock; i += kDoubles) {
+        F64 x, y;
+        inside |= BitsOf(line.At(first + i, x, y)) << i;
+        StoreRounded(at.x + i, Cut(x, bounds.left * 256.0, bounds.right * 256.0));
+        StoreRounded(at.y + i, Cut(y, bounds.top * 256.0, bounds.bottom * 256.0));
+    }
+    return inside;
+}
+
+KELMORA_INLINE const uint8_t* PixelAt(const WarpImage& src, int column, int line)
+{
+    return static_cast<const uint8_t*>(src.pixels) + line * src.step + static_cast<ptrdiff_t>(column) * 4;
+}
 
 /// The pixel at a position in 256ths, of four bytes. The last column and row count as the neighbours of those
 /// before them, so that all four pixels are there.
@@ -226,8 +404,7 @@ KELMORA_INLINE uint32_t SampleByte(const WarpImage& src, int x, int y)
     int column = x >> 8, line = y >> 8;
     column = column < src.bounds.right ? column : src.bounds.right - 1;
     line = line < src.bounds.bottom ? line : src.bounds.bottom - 1;
-    const auto* pixel =
-        static_cast<const uint8_t*>(src.pixels) + line * src.step + static_cast<ptrdiff_t>(column) * 4;
+    const uint8_t* const pixel = PixelAt(src, column, line);
     const int right = x - column * 256, below = y - line * 256;
 #if defined(__SSE2__)
     const __m128i zero = _mm_setzero_si128();
@@ -258,29 +435,73 @@ KELMORA_INLINE uint32_t SampleByte(const WarpImage& src, int x, int y)
 }
 
 template <class Line>
-KELMORA_INLINE void ByteSpan(const WarpImage& src, const Line& line, WarpSpan span, void* dst)
+KELMORA_INLINE WarpSpan ByteSpan(const WarpImage& src, Line line, WarpSpan span, void* dst)
 {
     auto* to = static_cast<uint8_t*>(dst);
-    const WarpBounds& b = src.bounds;
+    WarpSpan found = {};
     for (int first = span.begin; first < span.end; first += kBlock, to += kBlock * 4) {
-        int32_t fixedX[kBlock], fixedY[kBlock];
-        unsigned inside = 0;
-        for (int i = 0; i < kBlock; i += kDoubles) {
-            F64 x, y;
-            inside |= BitsOf(line.At(first + i, x, y)) << i;
-            StoreRounded(fixedX + i, Cut(x, b.left * 256.0, b.right * 256.0));
-            StoreRounded(fixedY + i, Cut(y, b.top * 256.0, b.bottom * 256.0));
-        }
+        FixedBlock at;
+        unsigned inside = PlaceBlock(line, src.bounds, first, at);
         const int count = span.end - first < kBlock ? span.end - first : kBlock;
+        inside &= (1u << count) - 1;
+        if (inside == 0)
+            continue;
+        Widen(found, first, inside);
+        for (int i = 0; i < count; i += kPrefetchedBytes)
+            Prefetch(PixelAt(src, at.x[i] >> 8, at.y[i] >> 8), src.ahead);
         for (int i = 0; i < count; ++i) {
-            const uint32_t pixel = SampleByte(src, fixedX[i], fixedY[i]);
-            if (inside == kAllInside || (inside >> i & 1) != 0)
+            const uint32_t pixel = SampleByte(src, at.x[i], at.y[i]);
+            if ((inside >> i & 1) != 0)
                 __builtin_memcpy(to + i * 4, &pixel, 4);
         }
     }
+    return found;
+}
+
+/// Those of a block's pixels whose bits are set.
+struct ByteBlock {
+    uint32_t pixels[kBlock];
+};
+
+KELMORA_INLINE ByteBlock SampleSome(const WarpImage& src, const FixedBlock& at, unsigned which)
+{
+    ByteBlock block;
+    for (; which != 0; which &= which - 1) {
+        const int i = __builtin_ctz(which);
+        block.pixels[i] = SampleByte(src, at.x[i], at.y[i]);
+    }
+    return block;
 }
 
 #endif
+
+/// weight: of the colour, in 256ths.
+KELMORA_INLINE uint32_t Mixed(uint32_t under, uint32_t colour, uint32_t weight)
+{
+    constexpr uint32_t kEven = 0x00FF00FF, kHalves = 0x00800080;
+    const auto mix = [&](uint32_t a, uint32_t b) {
+        return (((a & kEven) * (256 - weight) + (b & kEven) * weight + kHalves) >> 8) & kEven;
+    };
+    return mix(under, colour) | mix(under >> 8, colour >> 8) << 8;
+}
+
+void RingBytes(const WarpRing& ring)
+{
+    RingLine line(ring, 256.0);
+    for (int first = 0; first < ring.count; first += kBlock) {
+        FixedBlock at;
+        unsigned which = PlaceBlock(line, ring.src.bounds, first, at);
+        const ByteBlock block = SampleSome(ring.src, at, which);
+        for (; which != 0; which &= which - 1) {
+            const int i = __builtin_ctz(which);
+            uint8_t* const to = RingPixel(ring, first + i, 4);
+            uint32_t pixel;
+            __builtin_memcpy(&pixel, to, 4);
+            pixel = Mixed(pixel, block.pixels[i], line.Weight(i));
+            __builtin_memcpy(to, &pixel, 4);
+        }
+    }
+}
 
 // --- floats ---------------------------------------------------------------------------------------------
 
@@ -291,40 +512,178 @@ KELMORA_INLINE Pixel Lerp(Pixel a, Pixel b, float weight)
     return a * (1.0f - weight) + b * weight;
 }
 
-KELMORA_INLINE Pixel SampleFloat(const WarpImage& src, double x, double y)
+/// Positions of 0 and more: toward zero, and what is left.
+struct Places {
+    I32 whole;
+    F32 rest;
+};
+
+KELMORA_INLINE Places Split(F64 low, F64 high)
 {
-    const int column = static_cast<int>(x), line = static_cast<int>(y);
-    const float right = static_cast<float>(x - column);
-    const float below = static_cast<float>(y - line);
-    const ptrdiff_t toRight = column < src.bounds.right ? 16 : 0;
-    const ptrdiff_t toBelow = line < src.bounds.bottom ? src.step : 0;
-    const auto* from =
-        static_cast<const uint8_t*>(src.pixels) + line * src.step + static_cast<ptrdiff_t>(column) * 16;
-    const Pixel upper = Lerp(Load<Pixel>(from), Load<Pixel>(from + toRight), right);
-    from += toBelow;
-    const Pixel lower = Lerp(Load<Pixel>(from), Load<Pixel>(from + toRight), right);
-    return Lerp(upper, lower, below);
+#if defined(__AVX512BW__)
+    const __m256i first = _mm512_cvttpd_epi32((__m512d)low), second = _mm512_cvttpd_epi32((__m512d)high);
+    return {(I32)_mm512_inserti64x4(_mm512_castsi256_si512(first), second, 1),
+            Narrow({low - (F64)_mm512_cvtepi32_pd(first), high - (F64)_mm512_cvtepi32_pd(second)})};
+#elif defined(__AVX2__)
+    const __m128i first = _mm256_cvttpd_epi32((__m256d)low), second = _mm256_cvttpd_epi32((__m256d)high);
+    return {(I32)_mm256_setr_m128i(first, second),
+            Narrow({low - (F64)_mm256_cvtepi32_pd(first), high - (F64)_mm256_cvtepi32_pd(second)})};
+#elif defined(__SSE2__)
+    const __m128i first = _mm_cvttpd_epi32((__m128d)low), second = _mm_cvttpd_epi32((__m128d)high);
+    return {(I32)_mm_unpacklo_epi64(first, second),
+            Narrow({low - (F64)_mm_cvtepi32_pd(first), high - (F64)_mm_cvtepi32_pd(second)})};
+#else
+    const auto toward = [](double v) { return static_cast<int32_t>(v); };
+    const I32 whole = {toward(low[0]), toward(low[1]), toward(high[0]), toward(high[1])};
+    for (int k = 0; k < 2; ++k) {
+        low[k] -= whole[k];
+        high[k] -= whole[2 + k];
+    }
+    return {whole, Narrow({low, high})};
+#endif
+}
+
+/// Where the four pixels around each position of a block lie, in bytes, and what those to the right and below
+/// weigh.
+struct FloatBlock {
+    int32_t upperLeft[kBlock], upperRight[kBlock], lowerLeft[kBlock], lowerRight[kBlock];
+    float right[kBlock], below[kBlock];
+};
+
+/// A bit per pixel that lies inside.
+template <class Line>
+KELMORA_INLINE unsigned PlaceFloats(const WarpBounds& bounds, int32_t step, Line& line, int first,
+                                    FloatBlock& at)
+{
+    unsigned inside = 0;
+    for (int i = 0; i < kBlock; i += kPixels) {
+        F64 x[2], y[2];
+        inside |= BitsOf(line.At(first + i, x[0], y[0])) << i;
+        inside |= BitsOf(line.At(first + i + kDoubles, x[1], y[1])) << (i + kDoubles);
+        for (int k = 0; k < 2 && !Line::kCuts; ++k) {
+            x[k] = Cut(x[k], bounds.left, bounds.right);
+            y[k] = Cut(y[k], bounds.top, bounds.bottom);
+        }
+        const Places column = Split(x[0], x[1]), row = Split(y[0], y[1]);
+        const I32 upper = row.whole * step + column.whole * 16;
+        const I32 toRight = MaskGreater(I32{} + bounds.right, column.whole) & 16;
+        const I32 lower = upper + (MaskGreater(I32{} + bounds.bottom, row.whole) & step);
+        Store(at.upperLeft + i, upper);
+        Store(at.upperRight + i, upper + toRight);
+        Store(at.lowerLeft + i, lower);
+        Store(at.lowerRight + i, lower + toRight);
+        Store(at.right + i, column.rest);
+        Store(at.below + i, row.rest);
+    }
+    return inside;
+}
+
+/// As many pixels as fit in a vector, each from its place.
+KELMORA_INLINE F32 LoadPixels(const uint8_t* from, const int32_t* offsets)
+{
+#if defined(__AVX512BW__) || defined(__AVX2__)
+    const auto two = [&](int i) {
+        return _mm256_insertf128_ps(_mm256_castps128_ps256((__m128)Load<Pixel>(from + offsets[i])),
+                                    (__m128)Load<Pixel>(from + offsets[i + 1]), 1);
+    };
+#if defined(__AVX512BW__)
+    return (F32)_mm512_insertf32x8(_mm512_castps256_ps512(two(0)), two(2), 1);
+#else
+    return (F32)two(0);
+#endif
+#else
+    return Load<F32>(from + offsets[0]);
+#endif
+}
+
+/// As many weights as a vector has pixels, each in all four places of its pixel.
+KELMORA_INLINE F32 LoadWeights(const float* from)
+{
+#if defined(__AVX512BW__)
+    const __m512i places = _mm512_setr_epi32(0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3, 3);
+    return (F32)_mm512_permutevar_ps(_mm512_broadcast_f32x4(_mm_loadu_ps(from)), places);
+#elif defined(__AVX2__)
+    return (F32)_mm256_setr_m128(_mm_broadcast_ss(from), _mm_broadcast_ss(from + 1));
+#else
+    return F32{} + from[0];
+#endif
+}
+
+KELMORA_INLINE F32 Lerp(F32 a, F32 b, F32 weight)
+{
+    return a * (1.0f - weight) + b * weight;
+}
+
+KELMORA_INLINE F32 SampleFloats(const uint8_t* from, const FloatBlock& at, int i)
+{
+    const F32 right = LoadWeights(at.right + i);
+    const F32 upper = Lerp(LoadPixels(from, at.upperLeft + i), LoadPixels(from, at.upperRight + i), right);
+    const F32 lower = Lerp(LoadPixels(from, at.lowerLeft + i), LoadPixels(from, at.lowerRight + i), right);
+    return Lerp(upper, lower, LoadWeights(at.below + i));
+}
+
+/// One pixel of a block.
+KELMORA_INLINE Pixel SampleFloat(const uint8_t* from, const FloatBlock& at, int i)
+{
+    const auto pixel = [&](const int32_t* offsets) { return Load<Pixel>(from + offsets[i]); };
+    const Pixel upper = Lerp(pixel(at.upperLeft), pixel(at.upperRight), at.right[i]);
+    return Lerp(upper, Lerp(pixel(at.lowerLeft), pixel(at.lowerRight), at.right[i]), at.below[i]);
 }
 
 template <class Line>
-KELMORA_INLINE void FloatSpan(const WarpImage& src, const Line& line, WarpSpan span, void* dst)
+KELMORA_INLINE WarpSpan FloatSpan(const WarpImage& src, Line line, WarpSpan span, void* dst)
 {
     auto* to = static_cast<uint8_t*>(dst);
-    const WarpBounds& b = src.bounds;
+    const auto* from = static_cast<const uint8_t*>(src.pixels);
+    const auto step = static_cast<int32_t>(src.step);
+    const WarpBounds bounds = src.bounds;
+    const ptrdiff_t ahead = src.ahead;
+    WarpSpan found = {};
     for (int first = span.begin; first < span.end; first += kBlock, to += kBlock * 16) {
-        double x[kBlock], y[kBlock];
-        unsigned inside = 0;
-        for (int i = 0; i < kBlock; i += kDoubles) {
-            F64 atX, atY;
-            inside |= BitsOf(line.At(first + i, atX, atY)) << i;
-            Store(x + i, Cut(atX, b.left, b.right));
-            Store(y + i, Cut(atY, b.top, b.bottom));
+        FloatBlock at;
+        unsigned inside = PlaceFloats(bounds, step, line, first, at);
+        if (const int rest = span.end - first; rest < kBlock)
+            inside &= (1u << rest) - 1;
+        if (inside == 0)
+            continue;
+        Widen(found, first, inside);
+        for (int i = 0; i < kBlock; i += kLanes) {
+            constexpr unsigned kAll = (1u << kLanes) - 1;
+            const unsigned which = inside >> i & kAll;
+            if (which == 0)
+                continue;
+            const F32 pixels = SampleFloats(from, at, i);
+            for (int k = 0; k < kLanes; k += 2)
+                Prefetch(from + at.upperLeft[i + k], ahead);
+            if (which == kAll)
+                Store(to + i * 16, pixels);
+            else
+                for (int k = 0; k < kLanes; ++k)
+                    if ((which >> k & 1) != 0)
+                        __builtin_memcpy(to + (i + k) * 16, reinterpret_cast<const char*>(&pixels) + k * 16,
+                                         16);
         }
-        const int count = span.end - first < kBlock ? span.end - first : kBlock;
-        for (int i = 0; i < count; ++i) {
-            const Pixel pixel = SampleFloat(src, x[i], y[i]);
-            if (inside == kAllInside || (inside >> i & 1) != 0)
-                Store(to + i * 16, pixel);
+    }
+    return found;
+}
+
+void RingFloats(const WarpRing& ring)
+{
+    RingLine line(ring, 1.0);
+    const auto* from = static_cast<const uint8_t*>(ring.src.pixels);
+    for (int first = 0; first < ring.count; first += kBlock) {
+        FloatBlock at;
+        unsigned which = PlaceFloats(ring.src.bounds, static_cast<int32_t>(ring.src.step), line, first, at);
+        for (; which != 0; which &= which - 1) {
+            const int i = __builtin_ctz(which);
+            uint8_t* const to = RingPixel(ring, first + i, 16);
+            const Pixel colour = SampleFloat(from, at, i), under = Load<Pixel>(to);
+            const double over = line.Share(i), rest = 1.0 - over;
+            Pixel mixed;
+            for (int c = 0; c < 4; ++c)
+                mixed[c] = static_cast<float>(static_cast<double>(under[c]) * rest
+                                              + static_cast<double>(colour[c]) * over);
+            Store(to, mixed);
         }
     }
 }
@@ -341,14 +700,14 @@ void AffineFloats(const AffineRow& row)
     FloatSpan(row.src, AffineLine(row, 1.0), row.span, row.dst);
 }
 
-void PerspectiveBytes(const PerspectiveRow& row)
+WarpSpan PerspectiveBytes(const PerspectiveRow& row)
 {
-    ByteSpan(row.src, PerspectiveLine(row, 256.0), row.span, row.dst);
+    return ByteSpan(row.src, PerspectiveLine(row, 256.0), row.span, row.dst);
 }
 
-void PerspectiveFloats(const PerspectiveRow& row)
+WarpSpan PerspectiveFloats(const PerspectiveRow& row)
 {
-    FloatSpan(row.src, PerspectiveLine(row, 1.0), row.span, row.dst);
+    return FloatSpan(row.src, PerspectiveLine(row, 1.0), row.span, row.dst);
 }
 
 // --- separable: across, then down -----------------------------------------------------------------------
@@ -517,52 +876,100 @@ void LerpBytes(const LerpRow& row)
         row.halveWith ? LerpRows<true, true>(row) : LerpRows<true, false>(row);
 }
 
-void AcrossFloats(const AcrossRow& across)
+KELMORA_INLINE I32 Least(I32 value, int most)
+{
+    const I32 highest = I32{} + most;
+    return value < highest ? value : highest;
+}
+
+/// From the columns of the table.
+KELMORA_INLINE void AcrossFloatsByTable(const AcrossRow& across)
 {
     const auto* row = static_cast<const uint8_t*>(across.row);
+    const auto* weights = static_cast<const float*>(across.weights);
     auto* out = static_cast<uint8_t*>(across.out);
-    const auto pixel = [&](int column) {
-        return Load<Pixel>(
-            row + static_cast<ptrdiff_t>(column < across.lastColumn ? column : across.lastColumn) * 16);
-    };
-    for (int i = 0; i < across.count; ++i, out += 16) {
-        const int left = across.left ? across.left[i] : across.firstLeft + i;
-        const float weight =
-            across.left ? static_cast<const float*>(across.weights)[i] : across.shiftWeightFloat;
-        Store(out, Lerp(pixel(left), pixel(left + 1), weight));
+    const int last = across.lastColumn, count = across.count;
+    const int32_t* const left = across.left;
+    const ptrdiff_t ahead = across.ahead;
+    for (int i = 0; i < count; i += kPixels) {
+        int32_t first[kPixels], second[kPixels];
+        const I32 column = Load<I32>(left + i);
+        Store(first, Least(column, last) * 16);
+        Store(second, Least(column + 1, last) * 16);
+        for (int k = 0; k < kPixels; k += kLanes, out += kVectorBytes) {
+            Prefetch(row + first[k], ahead);
+            Store(
+                out,
+                Lerp(LoadPixels(row, first + k), LoadPixels(row, second + k), LoadWeights(weights + i + k)));
+        }
     }
+}
+
+/// One by one.
+KELMORA_INLINE void AcrossFloatsInSteps(const AcrossRow& across)
+{
+    const auto* row = static_cast<const uint8_t*>(across.row) + static_cast<ptrdiff_t>(across.firstLeft) * 16;
+    auto* out = static_cast<uint8_t*>(across.out);
+    const float second = across.shiftWeightFloat, first = 1.0f - second;
+    const ptrdiff_t ahead = across.ahead;
+    const int count = across.count, last = across.lastColumn - across.firstLeft;
+    int i = 0;
+    for (; i + kLanes <= count && i + kLanes <= last; i += kLanes, row += kVectorBytes, out += kVectorBytes) {
+        Prefetch(row, ahead);
+        Store(out, Load<F32>(row) * first + Load<F32>(row + 16) * second);
+    }
+    for (; i < count; ++i, row += 16, out += 16)
+        Store(out, Load<Pixel>(row) * first + Load<Pixel>(row + (i < last ? 16 : 0)) * second);
+}
+
+void AcrossFloats(const AcrossRow& across)
+{
+    across.left ? AcrossFloatsByTable(across) : AcrossFloatsInSteps(across);
+}
+
+/// Some pixels' worth of two rows.
+template <bool halves, class V>
+KELMORA_INLINE V DownOf(const DownRow& row, ptrdiff_t at)
+{
+    const auto load = [at](const void* from) { return Load<V>(static_cast<const uint8_t*>(from) + at); };
+    const V value = load(row.upper) * (1.0f - row.weightFloat) + load(row.lower) * row.weightFloat;
+    return halves ? (load(row.halveWith) + value) * 0.5f : value;
+}
+
+template <bool halves>
+KELMORA_INLINE void DownFloatRows(const DownRow& row)
+{
+    auto* const dst = static_cast<uint8_t*>(row.dst);
+    const ptrdiff_t bytes = static_cast<ptrdiff_t>(row.count) * 16;
+    const auto byPixels = [&](ptrdiff_t at, ptrdiff_t end) {
+        for (; at < end; at += 16)
+            Store(dst + at, DownOf<halves, Pixel>(row, at));
+        return at;
+    };
+    ptrdiff_t at = 0;
+    const ptrdiff_t toAligned = static_cast<ptrdiff_t>(-reinterpret_cast<uintptr_t>(dst) % kVectorBytes);
+    if (!halves && row.isReadLater && toAligned % 16 == 0 && CanStream(dst + toAligned, bytes - toAligned)) {
+        at = byPixels(0, toAligned);
+        for (; at + kVectorBytes <= bytes; at += kVectorBytes)
+            Stream(dst + at, DownOf<halves, F32>(row, at));
+        EndStream();
+    }
+    for (; at + kVectorBytes <= bytes; at += kVectorBytes)
+        Store(dst + at, DownOf<halves, F32>(row, at));
+    byPixels(at, bytes);
 }
 
 void DownFloats(const DownRow& row)
 {
-    const auto* upper = static_cast<const uint8_t*>(row.upper);
-    const auto* lower = static_cast<const uint8_t*>(row.lower);
-    const auto* other = static_cast<const uint8_t*>(row.halveWith);
-    auto* dst = static_cast<uint8_t*>(row.dst);
-    const float first = 1.0f - row.weightFloat, second = row.weightFloat;
-    const ptrdiff_t bytes = static_cast<ptrdiff_t>(row.count) * 16;
-    const auto blend = [&](F32 a, F32 b) { return a * first + b * second; };
-    ptrdiff_t at = 0;
-    for (; at + kVectorBytes <= bytes; at += kVectorBytes) {
-        F32 value = blend(Load<F32>(upper + at), Load<F32>(lower + at));
-        if (other)
-            value = (Load<F32>(other + at) + value) * 0.5f;
-        Store(dst + at, value);
-    }
-    if (const int rest = static_cast<int>(bytes - at); rest > 0) {
-        F32 value = blend(LoadPart<F32>(upper + at, rest), LoadPart<F32>(lower + at, rest));
-        if (other)
-            value = (LoadPart<F32>(other + at, rest) + value) * 0.5f;
-        StorePart(dst + at, value, rest);
-    }
+    row.halveWith ? DownFloatRows<true>(row) : DownFloatRows<false>(row);
 }
 
 } // namespace
 
 extern const WarpKernels kWarpKernels;
 const WarpKernels kWarpKernels = {
-    AffineBytes,  AffineFloats, PerspectiveBytes, PerspectiveFloats, AcrossBytes,
-    AcrossFloats, DownBytes,    DownFloats,       LerpBytes,
+    AffineBytes, AffineFloats, PerspectiveBytes, PerspectiveFloats, RingBytes, RingFloats,
+    AcrossBytes, AcrossFloats, DownBytes,        DownFloats,        LerpBytes,
 };
 
 } // namespace kelmora::KELMORA_VARIANT

@@ -28,11 +28,13 @@ struct Quad {
     bool isFinite; ///< all of the region lies before the horizon
 };
 
-/// Where the corners of the bounds come to lie.
-Quad QuadOf(const double coeffs[3][3], const WarpBounds& bounds)
+/// Where the corners of the bounds come to lie, widened by `slack`.
+Quad QuadOf(const double coeffs[3][3], const WarpBounds& bounds, double slack)
 {
-    const int x[4] = {bounds.left, bounds.right, bounds.right, bounds.left};
-    const int y[4] = {bounds.top, bounds.top, bounds.bottom, bounds.bottom};
+    const double left = bounds.left - slack, right = bounds.right + slack;
+    const double top = bounds.top - slack, bottom = bounds.bottom + slack;
+    const double x[4] = {left, right, right, left};
+    const double y[4] = {top, top, bottom, bottom};
     Quad quad = {};
     int before = 0, behind = 0;
     for (int k = 0; k < 4; ++k) {
@@ -59,66 +61,14 @@ double Distance(Point a, Point b)
     return std::sqrt(SquareDistance(a, b));
 }
 
-/// The point of the line from a to b, which may be a point itself, that is nearest to p.
-Point NearestOnEdge(Point a, Point b, Point p)
+/// Whether both are finite and no corner of one is further than nearly a pixel from the other's.
+bool AreNear(const Quad& a, const Quad& b)
 {
-    const double dx = b.x - a.x, dy = b.y - a.y;
-    const double square = dx * dx + dy * dy;
-    const double along = (p.x - a.x) * dx + (p.y - a.y) * dy;
-    const double t = square > 0.0 ? std::clamp(along / square, 0.0, 1.0) : 0.0;
-    return {a.x + t * dx, a.y + t * dy};
-}
-
-/// The lines through a quadrangle's edges, outward.
-class Outline {
-public:
-    explicit Outline(const Quad& quad)
-    {
-        double area = 0.0;
-        for (int k = 0; k < 4; ++k) {
-            const Point a = quad.corners[k], b = quad.corners[(k + 1) % 4];
-            area += a.x * b.y - b.x * a.y;
-        }
-        for (int k = 0; k < 4; ++k) {
-            const Point a = quad.corners[k], b = quad.corners[(k + 1) % 4];
-            const double length = (area < 0.0 ? -1.0 : 1.0) * Distance(a, b);
-            if (length == 0.0)
-                continue; // no direction, and nothing that the other edges do not know
-            m_lines[k] = {(b.y - a.y) / length, (a.x - b.x) / length, 0.0};
-            m_lines[k].offset = -(m_lines[k].x * a.x + m_lines[k].y * a.y);
-        }
-    }
-
-    /// No point of the quadrangle is nearer than this to p, but for rounding.
-    double LeastDistance(Point p) const
-    {
-        double most = 0.0;
-        for (const Line& line : m_lines)
-            most = std::max(most, line.x * p.x + line.y * p.y + line.offset);
-        return most;
-    }
-
-private:
-    struct Line {
-        double x, y, offset;
-    };
-    Line m_lines[4] = {};
-};
-
-Point NearestOn(const Quad& quad, Point p)
-{
-    Point nearest = quad.corners[0];
-    double least = SquareDistance(nearest, p);
-    for (int k = 0; k < 4; ++k) {
-        const Point candidate = NearestOnEdge(quad.corners[k], quad.corners[(k + 1) % 4], p);
-        const double square = SquareDistance(candidate, p);
-        if (square < least
-            && std::sqrt(square) < std::sqrt(least)) { // the first of those as near as rounding tells
-            nearest = candidate;
-            least = square;
-        }
-    }
-    return nearest;
+    constexpr double kMost = 0.9;
+    bool near = a.isFinite && b.isFinite;
+    for (int k = 0; k < 4; ++k)
+        near = near && Distance(a.corners[k], b.corners[k]) <= kMost;
+    return near;
 }
 
 /// The whole numbers of `within` that are no further than `reach` from the range of two values.
@@ -130,6 +80,92 @@ WarpSpan Near(double low, double high, double reach, WarpSpan within)
     };
     return {cut(std::ceil(low - reach)), cut(std::floor(high + reach) + 1.0)};
 }
+
+/// Pixels that are nearer to the quadrangle than this are smoothed; a little is for rounding.
+constexpr double kRing = 1.001;
+
+/// The quadrangle's edges, the lines through them outward.
+class Outline {
+public:
+    explicit Outline(const Quad& quad)
+    {
+        double area = 0.0;
+        for (int k = 0; k < 4; ++k) {
+            const Point a = quad.corners[k], b = quad.corners[(k + 1) % 4];
+            area += a.x * b.y - b.x * a.y;
+        }
+        for (int k = 0; k < 4; ++k) {
+            const Point a = quad.corners[k], b = quad.corners[(k + 1) % 4];
+            WarpEdge& edge = m_edges[k];
+            edge = {a.x, a.y, b.x - a.x, b.y - a.y, 0.0, 0.0, 0.0, 0.0};
+            edge.square = edge.wayX * edge.wayX + edge.wayY * edge.wayY;
+            const double length = (area < 0.0 ? -1.0 : 1.0) * Distance(a, b);
+            if (length == 0.0)
+                continue; // no direction, and nothing that the other edges do not know
+            edge.outwardX = (b.y - a.y) / length;
+            edge.outwardY = (a.x - b.x) / length;
+            edge.outwardFrom = -(edge.outwardX * a.x + edge.outwardY * a.y);
+            m_perOutwardX[k] = edge.outwardX != 0.0 ? 1.0 / edge.outwardX : 0.0;
+            m_isExact = m_isExact && std::fabs(edge.outwardFrom) < kMostExact;
+        }
+    }
+
+    /// No point of the quadrangle is nearer than this to p, but for rounding.
+    double LeastDistance(Point p) const
+    {
+        double most = 0.0;
+        for (const WarpEdge& edge : m_edges)
+            most = std::max(most, edge.outwardX * p.x + edge.outwardY * p.y + edge.outwardFrom);
+        return most;
+    }
+
+    /// The point of the edges, which may be points themselves, that is nearest to p.
+    Point NearestTo(Point p) const
+    {
+        Point nearest = {m_edges[0].x, m_edges[0].y};
+        double least = SquareDistance(nearest, p);
+        for (const WarpEdge& edge : m_edges) {
+            const double along = (p.x - edge.x) * edge.wayX + (p.y - edge.y) * edge.wayY;
+            const double t = edge.square > 0.0 ? std::clamp(along / edge.square, 0.0, 1.0) : 0.0;
+            const Point candidate = {edge.x + t * edge.wayX, edge.y + t * edge.wayY};
+            const double square = SquareDistance(candidate, p);
+            if (square < least
+                && std::sqrt(square) < std::sqrt(least)) { // the first of those as near as rounding tells
+                nearest = candidate;
+                least = square;
+            }
+        }
+        return nearest;
+    }
+
+    /// Those of row y for which LeastDistance can be kRing and less.
+    WarpSpan RingOf(int y, WarpSpan columns) const
+    {
+        double low = columns.begin, high = columns.end - 1.0;
+        for (int k = 0; k < 4 && m_isExact; ++k) {
+            const WarpEdge& edge = m_edges[k];
+            const double room = kRing + kMargin - (edge.outwardY * y + edge.outwardFrom);
+            if (edge.outwardX > 0.0)
+                high = std::min(high, room * m_perOutwardX[k]);
+            else if (edge.outwardX < 0.0)
+                low = std::max(low, room * m_perOutwardX[k]);
+            else if (room < 0.0)
+                return {columns.end, columns.end};
+        }
+        return low <= high ? Near(low, high, 0.0, columns) : WarpSpan{columns.end, columns.end};
+    }
+
+    bool IsExact() const { return m_isExact; } ///< RingOf tells
+    const WarpEdge* Edges() const { return m_edges; }
+
+private:
+    static constexpr double kMargin = 0.01;    ///< more than what is lost to rounding below
+    static constexpr double kMostExact = 1e12; ///< so far from the origin
+
+    WarpEdge m_edges[4];
+    double m_perOutwardX[4] = {};
+    bool m_isExact = true;
+};
 
 /// So far from the quadrangle pixels may be touched: the smoothed ring, and what the slack lets in.
 constexpr double kReach = 1.5;
@@ -211,68 +247,115 @@ void MixIn(const float* colour, double share, float* to)
     }
 }
 
-/// One row of a perspective warp.
+/// A perspective warp, row by row.
 template <class T>
 class PerspectiveWarp {
 public:
-    PerspectiveWarp(const Source<T>& src, const PerspectiveMap& map, const Quad& quad, int interpolation,
-                    bool smooth)
-        : m_src(src), m_map(map), m_quad(quad), m_outline(quad), m_interpolation(interpolation),
-          m_smooth(smooth),
+    PerspectiveWarp(const Source<T>& src, T* dst, int dstStep, const PerspectiveMap& map, const Quad& quad,
+                    bool isTight, int interpolation, bool smooth)
+        : m_src(src), m_map(map), m_quad(quad), m_outline(quad), m_isTight(isTight && m_outline.IsExact()),
+          m_interpolation(interpolation), m_smooth(smooth),
           m_fast(interpolation == pxLinear && IsWithinReach<C4>(src) && HasPairs(src.bounds)),
-          m_kernel(std::is_same_v<T, u8> ? WarpKernelsFor(CurrentVariant()).perspectiveBytes
-                                         : WarpKernelsFor(CurrentVariant()).perspectiveFloats)
+          m_kernels(WarpKernelsFor(CurrentVariant()))
     {
+        m_ring.src = {src.pixels, src.step, src.bounds};
+        m_ring.dst = dst;
+        m_ring.dstStep = dstStep;
+        m_ring.edges = m_outline.Edges();
+        m_ring.map = map.rows;
+        m_ring.count = 0;
     }
 
-    void Row(WarpSpan columns, int y, T* row) const
+    void Row(WarpSpan columns, int y)
     {
-        columns = ColumnsNear(m_quad, y, columns);
-        const Forms forms(m_map, y);
-        // What lies inside stands in one piece.
-        WarpSpan inside = columns;
-        const auto isOutside = [&](int x) { return !Holds(m_src.bounds, forms.At(x)); };
-        while (!inside.IsEmpty() && isOutside(inside.begin))
-            ++inside.begin;
-        while (!inside.IsEmpty() && isOutside(inside.end - 1))
-            --inside.end;
-        if (!inside.IsEmpty())
-            Fill(forms, inside, row);
+        const WarpSpan ring = m_outline.RingOf(y, columns);
+        columns = m_isTight ? ring : ColumnsNear(m_quad, y, columns);
+        if (columns.IsEmpty())
+            return;
+        WarpSpan inside = Fill(columns, y); // it stands in one piece
         if (!m_smooth)
             return;
-        for (int x = columns.begin; x < inside.begin; ++x)
-            Smooth(x, y, row);
-        for (int x = inside.IsEmpty() ? columns.end : inside.end; x < columns.end; ++x)
-            Smooth(x, y, row);
+        if (inside.IsEmpty())
+            inside = {ring.end, ring.end};
+        Collect({ring.begin, std::min(ring.end, inside.begin)}, y);
+        Collect({std::max(ring.begin, inside.end), ring.end}, y);
+    }
+
+    /// After the last row.
+    void End()
+    {
+        if (m_fast) {
+            for (int i = m_ring.count; i % WarpKernels::kBlock != 0; ++i) {
+                m_ring.x[i] = m_ring.x[i - 1];
+                m_ring.y[i] = m_ring.y[i - 1];
+            }
+            (std::is_same_v<T, u8> ? m_kernels.ringBytes : m_kernels.ringFloats)(m_ring);
+        } else {
+            for (int i = 0; i < m_ring.count; ++i)
+                Smooth({m_ring.x[i], m_ring.y[i]});
+        }
+        m_ring.count = 0;
     }
 
 private:
-    void Fill(const Forms& forms, WarpSpan span, T* row) const
+    static constexpr int kRowsPerHint = 16; ///< the way ahead changes slowly
+
+    T* Pixel(int x, int y) const
     {
-        if (m_fast) {
-            PerspectiveRow job = {{m_src.pixels, m_src.step, m_src.bounds},
-                                  row + std::ptrdiff_t{span.begin} * 4,
-                                  span,
-                                  {},
-                                  {},
-                                  {}};
-            std::copy_n(forms.u, 2, job.u);
-            std::copy_n(forms.v, 2, job.v);
-            std::copy_n(forms.w, 2, job.w);
-            m_kernel(job);
-            return;
-        }
-        for (int x = span.begin; x < span.end; ++x)
-            if (const Point at = forms.At(x); Holds(m_src.bounds, at))
-                SampleAt<C4>(m_src, at.x, at.y, m_interpolation, row + std::ptrdiff_t{x} * 4);
+        return px::Row(static_cast<T*>(m_ring.dst), static_cast<int>(m_ring.dstStep), y)
+            + std::ptrdiff_t{x} * 4;
     }
 
-    void Smooth(int x, int y, T* row) const
+    /// The pixels from the first to the last that lies inside.
+    WarpSpan Fill(WarpSpan span, int y)
     {
-        const Point pixel = {static_cast<double>(x), static_cast<double>(y)};
-        if (m_outline.LeastDistance(pixel) > 1.001)
+        const Forms forms(m_map, y);
+        if (m_fast) {
+            PerspectiveRow row = {m_ring.src,
+                                  Pixel(span.begin, y),
+                                  span,
+                                  {forms.u[0], forms.u[1]},
+                                  {forms.v[0], forms.v[1]},
+                                  {forms.w[0], forms.w[1]}};
+            if (m_untilHint-- == 0) {
+                m_untilHint = kRowsPerHint;
+                m_ring.src.ahead = row.src.ahead = AheadOf(forms, span, y);
+            }
+            return (std::is_same_v<T, u8> ? m_kernels.perspectiveBytes : m_kernels.perspectiveFloats)(row);
+        }
+        WarpSpan found = {};
+        for (int x = span.begin; x < span.end; ++x)
+            if (const Point at = forms.At(x); Holds(m_src.bounds, at)) {
+                SampleAt<C4>(m_src, at.x, at.y, m_interpolation, Pixel(x, y));
+                found = {found.IsEmpty() ? x : found.begin, x + 1};
+            }
+        return found;
+    }
+
+    std::ptrdiff_t AheadOf(const Forms& forms, WarpSpan span, int y) const
+    {
+        const double middle = span.begin + (span.end - span.begin) / 2;
+        const Point here = forms.At(middle), later = Forms(m_map, y + kRowsAhead).At(middle);
+        return BytesAhead(later.x - here.x, later.y - here.y, m_src.bounds, m_src.step,
+                          4 * static_cast<int>(sizeof(T)));
+    }
+
+    /// Pixels outside, for the ring.
+    void Collect(WarpSpan span, int y)
+    {
+        for (int x = span.begin; x < span.end; ++x) {
+            if (m_ring.count == WarpRing::kMost)
+                End();
+            m_ring.x[m_ring.count] = x;
+            m_ring.y[m_ring.count++] = y;
+        }
+    }
+
+    void Smooth(Point pixel) const
+    {
+        if (m_outline.LeastDistance(pixel) > kRing)
             return;
-        const Point border = NearestOn(m_quad, pixel);
+        const Point border = m_outline.NearestTo(pixel);
         const double share = 1.0 - Distance(border, pixel);
         if (!(share > 0.0))
             return;
@@ -281,17 +364,20 @@ private:
             return;
         T colour[4];
         SampleAt<C4>(m_src, at.x, at.y, m_interpolation, colour);
-        MixIn(colour, share, row + std::ptrdiff_t{x} * 4);
+        MixIn(colour, share, Pixel(static_cast<int>(pixel.x), static_cast<int>(pixel.y)));
     }
 
     const Source<T>& m_src;
     const PerspectiveMap& m_map;
     const Quad& m_quad;
     Outline m_outline;
+    bool m_isTight; ///< whatever lies inside is nearer to the quadrangle than 1
     int m_interpolation;
     bool m_smooth;
     bool m_fast;
-    void (*m_kernel)(const PerspectiveRow&);
+    int m_untilHint = 0; ///< rows
+    const WarpKernels& m_kernels;
+    WarpRing m_ring;
 };
 
 template <class T>
@@ -308,10 +394,11 @@ PxStatus WarpQuad(const T* src, int srcWidth, int srcHeight, int srcStep, const 
     if (const PxStatus status = InvertPerspective(coeffs, map))
         return status;
 
-    const Quad quad = QuadOf(coeffs, source.bounds);
-    const PerspectiveWarp<T> warp(source, map, quad, interpolation, smooth && quad.isFinite);
-    ForStrips(RegionNear(quad, dstRegion),
-              [&](WarpSpan columns, int y) { warp.Row(columns, y, Row(dst, dstStep, y)); });
+    const Quad quad = QuadOf(coeffs, source.bounds, 0.0);
+    const bool isTight = AreNear(quad, QuadOf(coeffs, source.bounds, kWarpSlack));
+    PerspectiveWarp<T> warp(source, dst, dstStep, map, quad, isTight, interpolation, smooth && quad.isFinite);
+    ForStrips(RegionNear(quad, dstRegion), [&](WarpSpan columns, int y) { warp.Row(columns, y); });
+    warp.End();
     return pxOk;
 }
 

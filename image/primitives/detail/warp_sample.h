@@ -216,6 +216,23 @@ inline bool HasPairs(const WarpBounds& bounds)
     return bounds.left < bounds.right && bounds.top < bounds.bottom;
 }
 
+/// So many rows before they are sampled, pixels are asked for.
+inline constexpr int kRowsAhead = 4;
+
+/// Bytes from a pixel to the one that lies `x` columns and `y` rows further on, which may be any numbers. Where it
+/// lies below, the row below that one is needed, too.
+inline std::ptrdiff_t BytesAhead(double x, double y, const WarpBounds& bounds, std::ptrdiff_t step,
+                                 int pixelBytes)
+{
+    const auto whole = [](double way, int most) {
+        const double cut = way > -most ? std::min(way, static_cast<double>(most)) : -most; // no number: back
+        return static_cast<std::int64_t>(RoundEven(cut));
+    };
+    const std::int64_t down = whole(y, bounds.bottom);
+    return static_cast<std::ptrdiff_t>((down > 0 ? down + 1 : down) * step
+                                       + whole(x, bounds.right) * pixelBytes);
+}
+
 /// Under rotation a row runs through many source rows: columns of this width keep them in the first cache.
 inline constexpr int kStrip = 256;
 

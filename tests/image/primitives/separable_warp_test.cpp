@@ -161,6 +161,33 @@ TEST(SeparableWarp, BoundsAndColumns_AreAllThatIsTakenAndWritten)
                     CheckRows(format, 30, bounds, map, columns, Guard::PageEnd);
 }
 
+TEST(SeparableWarp, RowsThatAreReadLater_AreTheSameFromAnyFirstPixel)
+{
+    // Long enough to go past the caches, which vectors on their own boundaries do.
+    constexpr int kWidth = 1400;
+    GuardedPicture src(kWidth, 3, PF_BGRA32F);
+    src.FillNoise(1);
+    const WarpImage image = ImageOf(src, {0, 0, kWidth - 1, 2});
+    ForEachVariant([&] {
+        for (const Coefficients& map : {kMaps[2], kMaps[6], kMaps[8]})
+            for (int first = 0; first < 5; ++first) {
+                GuardedPicture soon(kWidth, 3, PF_BGRA32F), later(kWidth, 3, PF_BGRA32F);
+                const WarpSpan columns = {first, kWidth};
+                Work work(SeparableWarp::WorkBytes(kWidth, true));
+                for (GuardedPicture* dst : {&soon, &later}) {
+                    SeparableWarp warp(image, InverseOf(map), columns, true, work.First());
+                    if (dst == &later)
+                        warp.RowsAreReadLater();
+                    for (int y = 0; y < 3; ++y)
+                        if (const WarpSpan covered = warp.Covered(y); !covered.IsEmpty())
+                            warp.Row(y, ElementAt<std::uint8_t>(*dst, covered.begin, y));
+                    dst->Check();
+                }
+                ASSERT_TRUE(Equal(soon, later)) << "from " << first;
+            }
+    });
+}
+
 TEST(SeparableWarp, RotatingMapsAndEnormousPictures_AreNotServed)
 {
     GuardedPicture src(4, 4, PF_BGRA8);

@@ -600,6 +600,33 @@ TEST(WarpQuad, RandomQuadrangles_MatchThePlainVersion)
             }
 }
 
+TEST(WarpQuad, PicturesOfManyStripsWithLongRings_MatchThePlainVersion)
+{
+    for (const std::uint32_t format : kFormats)
+        for (const std::uint32_t code : {std::uint32_t{pxLinear}, pxLinear | pxSmoothEdges})
+            for (const Quad& quad : QuadsFor(531, 60)) {
+                GuardedPicture src(300, 41, format), dst(531, 60, format);
+                CheckQuad(src, WholeOf(src), dst, WholeOf(dst), TransformTo(WholeOf(src), quad), code);
+            }
+}
+
+TEST(WarpQuad, EnlargedAThousandfold_TheSlackIsPixelsWide)
+{
+    // Pixel 9 lies at -1/1200, which still counts, pixel 8 at -2/1200.
+    const Perspective map = {{{1200, 0, 10}, {0, 1200, 10}, {0, 0, 1}}};
+    for (const int code : kCodes) {
+        GuardedPicture src(2, 2, PF_BGRA8), dst(20, 20, PF_BGRA8);
+        src.Fill(200, 200, 200, 200);
+        ForEachVariant([&] {
+            dst.FillBytes(kUntouched);
+            ASSERT_EQ(WarpQuad(src, dst, map, static_cast<std::uint32_t>(code)), pxOk);
+            for (int y = 0; y < 20; ++y)
+                for (int x = 0; x < 20; ++x)
+                    EXPECT_EQ(dst.Byte(x, y, 0), x >= 9 && y >= 9 ? 200 : kUntouched) << x << ", " << y;
+        });
+    }
+}
+
 TEST(WarpQuad, Linear_IsCloseToTheExactMean)
 {
     for (const std::uint32_t format : kFormats)
@@ -651,10 +678,15 @@ TEST(WarpQuad, HostileMaps_EndSoonAndKeepTheGuards)
     std::mt19937 random(5);
     const double values[] = {0,    1,     -1,     1e-3,  64,     -64,    1e9,       -1e9,
                              1e99, -1e99, 1e-205, 1e300, -1e300, 1e-300, kInfinity, kNotANumber};
-    GuardedPicture src(16, 16, PF_BGRA8), dst(64, 64, PF_BGRA8);
-    src.FillNoise(1);
-    src.Freeze();
+    GuardedPicture sources[] = {{16, 16, PF_BGRA8}, {16, 16, PF_BGRA32F}};
+    GuardedPicture results[] = {{64, 64, PF_BGRA8}, {64, 64, PF_BGRA32F}};
+    for (GuardedPicture& src : sources) {
+        src.FillNoise(1);
+        src.Freeze();
+    }
     for (int round = 0; round < 20000; ++round) {
+        const GuardedPicture& src = sources[round % 2];
+        const GuardedPicture& dst = results[round % 2];
         Perspective map;
         const auto hostile = random() % 8; // of eight coefficients
         for (auto& row : map)
@@ -668,8 +700,10 @@ TEST(WarpQuad, HostileMaps_EndSoonAndKeepTheGuards)
             for (const double value : row)
                 ASSERT_TRUE(status != pxOk || std::isfinite(value));
     }
-    src.Check();
-    dst.Check();
+    for (const GuardedPicture& picture : sources)
+        picture.Check();
+    for (const GuardedPicture& picture : results)
+        picture.Check();
 }
 
 // --- perspective: what is refused -------------------------------------------------------------------------
