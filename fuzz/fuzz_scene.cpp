@@ -1,8 +1,11 @@
 // Numbers of any bits in a scene: faces, grids, boxes, leaves, views, lights and the order of drawing. No fault, and
 // what has a plain rule keeps to it.
 
+#include <algorithm>
 #include <cmath>
+#include <memory>
 #include <numeric>
+#include <vector>
 
 #include "effects/scene3d/box_motion.h"
 #include "effects/scene3d/confetti_flight.h"
@@ -144,8 +147,9 @@ QuadMesh Grid(Input& input, Stage& stage)
 }
 
 /// Each of the numbers up to `count` once.
-void RequireOrder(std::vector<std::size_t> order, std::size_t count)
+void RequireOrder(const FaceOrder& drawn, std::size_t count)
 {
+    std::vector<std::size_t> order(drawn.begin(), drawn.end());
     Require(order.size() == count);
     std::sort(order.begin(), order.end());
     for (std::size_t i = 0; i < count; ++i)
@@ -172,7 +176,7 @@ void Order(Input& input)
     const bool few = input.OneIn(2); // many are equal then
     for (double& key : keys)
         key = few && !input.OneIn(8) ? input.Below(4) : Place(input);
-    Require(OrderByKey(keys) == PlainOrder(keys));
+    Require(std::ranges::equal(OrderByKey(keys), PlainOrder(keys)));
 }
 
 void Light(Input& input)
@@ -246,7 +250,7 @@ std::uint32_t Code(Input& input)
 
 void DrawAll(Input& input, Stage& stage, const QuadMesh& mesh)
 {
-    const std::vector<std::size_t> order = SortFacesByDepth(mesh);
+    const FaceOrder order = SortFacesByDepth(mesh);
     RequireOrder(order, mesh.GetFaceCount());
     const std::uint32_t code = Code(input);
     const bool backOnly = input.OneIn(8);
@@ -287,12 +291,12 @@ void Boxes(Input& input)
     Stage stage(input);
     SetUp(input, stage);
     const QuadMesh grid = Grid(input, stage);
-    std::vector<QuadMesh> boxes = QuadMeshCreator().CreateBoxes(grid);
+    GrowingList<QuadMesh> boxes = QuadMeshCreator().CreateBoxes(grid);
     Require(boxes.size() <= grid.GetFaceCount());
     const BoxMotion motion = Motion(input);
     const double t = Place(input);
     constexpr std::size_t most = 6;
-    boxes.resize(std::min(boxes.size(), most));
+    boxes.truncate(most);
     for (std::size_t i = 0; i < boxes.size(); ++i) {
         AnimateBox(boxes[i], static_cast<int>(i), static_cast<int>(boxes.size()), t, motion);
         SetBackOfBox(boxes[i], &stage.backTexture, motion.horizontal);
@@ -335,8 +339,7 @@ void Confetti(Input& input)
     LeaveSystem leaves = confetti::CreateLeaveSystem(grid, wind, tumbles);
     Require(leaves.leaves.size() == grid.GetFaceCount());
     constexpr std::size_t most = 12;
-    if (leaves.leaves.size() > most)
-        leaves.leaves.erase(leaves.leaves.begin() + most, leaves.leaves.end());
+    leaves.leaves.truncate(most);
     const double amount = Place(input), x = Place(input), y = Place(input), t = Place(input);
     stage.scene.SetModelMatrix(confetti::GetCameraMatrix(t, amount, x, y));
     leaves.Draw(stage.scene, t, Code(input));

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <new>
 
 #include "contract/render_info.h"
 #include "effects/common/frame.h"
@@ -55,12 +54,8 @@ protected:
         secondAside.ToVideoFrame(&secondPicture);
 
         const FrameScope scope(scene, allocator);
-        try {
-            return RenderTransition(
-                {call.host, firstPicture, &secondPicture, outputRecord, bottomUp, progress, allocator});
-        } catch (const std::bad_alloc&) {
-            return true; // as far as it got
-        }
+        return RenderTransition(
+            {call.host, firstPicture, &secondPicture, outputRecord, bottomUp, progress, allocator});
     }
 
     Scene3D scene;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <numbers>
-#include <vector>
 
 #include "image/exact_math.h"
 
@@ -78,7 +77,7 @@ void SetBackOfBox(QuadMesh& box, const FrameBuffer* texture, bool horizontal)
     QuadFace& back = box.GetFace(kBack);
     back.SetFrontTexture(texture);
     // A turn about x brings the back up head down; about y it comes out right.
-    if (const std::vector<Vector3> c = back.GetCorners(); !horizontal && c.size() == 4)
+    if (const QuadFace::Corners c = back.GetCorners(); !horizontal && c.size() == 4)
         back.SetCorners(c[2], c[3], c[0], c[1]);
 }
 

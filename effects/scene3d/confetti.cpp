@@ -1,11 +1,10 @@
 #include "effects/scene3d/confetti.h"
 
-#include <vector>
-
 #include "effects/common/knob_reader.h"
 #include "effects/scene3d/confetti_flight.h"
 #include "effects/scene3d/confetti_plan.h"
 #include "effects/scene3d/face_light.h"
+#include "effects/scene3d/lists.h"
 
 namespace kelmora {
 namespace {
@@ -31,22 +30,32 @@ Knobs ReadKnobs(IVideoHost& host)
     return knobs;
 }
 
-double BrightnessOf(const FrameBuffer& picture, const SourceRect& part)
+/// How the pieces that fly at `t` tumble: by their brightness in both pictures. Without one of the pictures none does.
+/// The pixels of pieces at rest need not be looked at.
+void SetTumbles(LeaveSystem& system, double t, const FrameBuffer& first, const FrameBuffer& second)
 {
-    return AverageBrightness(picture, part.x, part.y, part.width, part.height) / 255.0;
-}
-
-/// How each piece tumbles: by its brightness in both pictures. Without one of them none does.
-std::vector<double> TumblesOf(const QuadMesh& mesh, const FrameBuffer& first, const FrameBuffer& second)
-{
-    std::vector<double> tumbles(mesh.GetFaceCount(), 0.0);
     if (!first.GetPixels() || !second.GetPixels())
-        return tumbles;
-    for (std::size_t i = 0; i < tumbles.size(); ++i) {
-        const SourceRect part = mesh.GetFace(i).GetSourceRect(false);
-        tumbles[i] = confetti::GetBrightnessTumble(BrightnessOf(first, part), BrightnessOf(second, part));
+        return;
+    FixedList<Leave3D*, 4> flying;
+    FixedList<Brightness, 8> looks; // of each in both pictures
+    const auto finish = [&] {
+        FindBrightness(looks);
+        for (std::size_t i = 0; i < flying.size(); ++i)
+            flying[i]->flutter =
+                confetti::GetBrightnessTumble(looks[2 * i].mean / 255.0, looks[2 * i + 1].mean / 255.0);
+        flying.clear();
+        looks.clear();
+    };
+    for (Leave3D& leave : system.leaves) {
+        if (!leave.FliesAt(t))
+            continue;
+        const SourceRect part = leave.face.GetSourceRect(false);
+        looks.push_back({&first, part});
+        looks.push_back({&second, part});
+        if (flying.push_back(&leave); flying.size() == 4)
+            finish();
     }
-    return tumbles;
+    finish();
 }
 
 QuadMesh PiecesOf(const Scene3D& scene, const FrameBuffer& picture, const Knobs& knobs)
@@ -91,8 +100,8 @@ bool D3DBlowingLeaves::RenderTransition(const TransitionFrame& frame)
 
     const QuadMesh mesh = PiecesOf(scene, from, knobs);
     scene.SetModelMatrix(confetti::GetCameraMatrix(t, 0.0, 0.5, 0.5));
-    const LeaveSystem system =
-        confetti::CreateLeaveSystem(mesh, confetti::WindFor(knobs), TumblesOf(mesh, from, to));
+    LeaveSystem system = confetti::CreateLeaveSystem(mesh, confetti::WindFor(knobs), {});
+    SetTumbles(system, t, from, to);
     system.Draw(scene, t, MakeInterpolationCode(1, 1));
     return true;
 }

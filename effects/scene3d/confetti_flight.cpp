@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
-#include <vector>
 
 #include "effects/common/precision.h"
 #include "effects/scene3d/depth_sort.h"
@@ -18,7 +17,7 @@ constexpr double kLastStart = Single(0.9);
 /// Half the diagonal of the area whose top left corner is the first corner of the mesh.
 double ReachOf(const QuadMesh& mesh)
 {
-    const Vector3& corner = mesh.GetFace(0).corners.front();
+    const Vector3& corner = mesh.GetFace(0).corners[0];
     return std::sqrt(corner.x * corner.x + corner.y * corner.y);
 }
 
@@ -29,16 +28,20 @@ Vector3 SpringOf(const Wind& wind, double reach)
     return {direction.cosine * reach, direction.sine * reach, -Single(0.1)};
 }
 
-std::vector<double> DistancesFrom(const Vector3& spring, const QuadMesh& mesh)
+using Distances = GrowingList<double>;
+
+/// Of all faces, or of none without memory.
+Distances DistancesFrom(const Vector3& spring, const QuadMesh& mesh)
 {
-    std::vector<double> distances(mesh.GetFaceCount());
-    for (std::size_t i = 0; i < distances.size(); ++i)
-        distances[i] = Subtract(mesh.GetFace(i).GetCenter(), spring).Length();
+    Distances distances;
+    for (std::size_t i = 0; i < mesh.GetFaceCount(); ++i)
+        if (!distances.push_back(Subtract(mesh.GetFace(i).GetCenter(), spring).Length()))
+            return {};
     return distances;
 }
 
 /// The order in which pieces leave: the nearest first, or the farthest.
-std::vector<std::size_t> LeavingOrder(std::vector<double> distances, bool vacuum)
+FaceOrder LeavingOrder(Distances distances, bool vacuum)
 {
     if (vacuum)
         for (double& distance : distances)
@@ -97,7 +100,9 @@ LeaveSystem CreateLeaveSystem(const QuadMesh& mesh, const Wind& wind, std::span<
         return system;
     const double reach = ReachOf(mesh);
     const Vector3 spring = SpringOf(wind, reach);
-    const std::vector<double> distances = DistancesFrom(spring, mesh);
+    const Distances distances = DistancesFrom(spring, mesh);
+    if (distances.empty() || !system.leaves.reserve(count))
+        return system;
     const auto [nearest, farthest] = std::minmax_element(distances.begin(), distances.end());
     const double range = *farthest - *nearest;
     std::size_t turn = 0;

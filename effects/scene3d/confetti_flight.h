@@ -14,7 +14,7 @@ namespace kelmora::confetti {
 double GetBrightnessTumble(double first, double second);
 
 /// The flights of the faces of `mesh`, a grid at rest, from the first to leave to the last. `tumbles` has one number
-/// per face in the order of the mesh, or none at all: 0 for each then.
+/// per face in the order of the mesh, or none at all: 0 for each then. No flight without memory for all.
 LeaveSystem CreateLeaveSystem(const QuadMesh& mesh, const Wind& wind, std::span<const double> tumbles);
 
 /// A sway of the camera, widest at t = 0.5. `amount` 0 is none; x and y, 0 to 1, say where to, 0.5 being straight.

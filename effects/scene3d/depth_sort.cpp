@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 
 namespace kelmora {
 
@@ -12,24 +11,32 @@ namespace kelmora {
 // comparison with such a key is false, so it never moves and nothing passes it: each run between two of them is
 // sorted for itself. The shorter passes miss nothing there either, since after n passes the last n of each run, or
 // all of it, are in place.
-std::vector<std::size_t> OrderByKey(std::span<const double> keys)
+//
+// Equal keys are told apart by their places, so that no sort is needed that keeps an order: those ask for memory.
+FaceOrder OrderByKey(std::span<const double> keys)
 {
-    std::vector<std::size_t> order(keys.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
+    FaceOrder order;
+    if (!order.reserve(keys.size()))
+        return order;
+    for (std::size_t i = 0; i < keys.size(); ++i)
+        static_cast<void>(order.push_back(i));
     const auto isBarrier = [&](std::size_t i) { return std::isnan(keys[i]); };
-    for (auto run = order.begin(); run != order.end();) {
-        const auto end = std::find_if(run, order.end(), isBarrier);
-        std::stable_sort(run, end, [&](std::size_t a, std::size_t b) { return keys[a] < keys[b]; });
+    for (std::size_t* run = order.begin(); run != order.end();) {
+        std::size_t* const end = std::find_if(run, order.end(), isBarrier);
+        std::sort(run, end, [&](std::size_t a, std::size_t b) {
+            return keys[a] < keys[b] || (keys[a] == keys[b] && a < b);
+        });
         run = std::find_if_not(end, order.end(), isBarrier);
     }
     return order;
 }
 
-std::vector<std::size_t> SortFacesByDepth(const QuadMesh& mesh)
+FaceOrder SortFacesByDepth(const QuadMesh& mesh)
 {
-    std::vector<double> depths(mesh.GetFaceCount());
-    for (std::size_t i = 0; i < depths.size(); ++i)
-        depths[i] = mesh.GetFace(i).GetCenter().z;
+    GrowingList<double> depths;
+    for (std::size_t i = 0; i < mesh.GetFaceCount(); ++i)
+        if (!depths.push_back(mesh.GetFace(i).GetCenter().z))
+            return {};
     return OrderByKey(depths);
 }
 

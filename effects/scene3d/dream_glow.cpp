@@ -47,6 +47,23 @@ std::size_t RowBytes(const FrameBuffer& picture)
     return static_cast<std::size_t>(picture.GetWidth()) * static_cast<std::size_t>(picture.GetPixelBytes());
 }
 
+/// What glows, and where to: into pixels of their own, or in place, where the part is all of the picture.
+struct GlowPlace {
+    const FrameBuffer& picture;
+    const TentPart part;
+    const FrameBuffer& result; ///< of the part's size
+
+    bool IsInPlace() const { return picture.GetPixels() == result.GetPixels(); }
+    const std::uint8_t* Source(int row) const { return picture.PixelAddress(part.x, part.y + row, 0); }
+    std::uint8_t* Result(int row) const { return result.PixelAddress(0, row, 0); }
+};
+
+struct GlowLook {
+    std::int32_t radius;
+    float fog, shine;
+    std::uint32_t colour;
+};
+
 // --- the wave -----------------------------------------------------------------------------------------
 
 constexpr double kShineShare = Single(0.6);
@@ -117,11 +134,11 @@ bool FindSteps(const GlowShine& look, ByteWaves<float>& steps)
     return true;
 }
 
-/// Puts finished rows into the picture: as they are, or with the wave through them.
+/// Puts finished rows into the result: as they are, or with the wave through them.
 class RowFinish {
 public:
-    RowFinish(const FrameBuffer& picture, float shine, std::uint32_t colour)
-        : m_picture(picture), m_shine(RowsFor(picture.GetFormat()).shine), m_shines(shine > 0.0f)
+    RowFinish(const FrameBuffer& result, float shine, std::uint32_t colour)
+        : m_picture(result), m_shine(RowsFor(result.GetFormat()).shine), m_shines(shine > 0.0f)
     {
         m_look.amount = static_cast<double>(shine) * kShineShare;
         m_look.start = 2.0 * (static_cast<double>(shine) * 3.1415);
@@ -131,20 +148,19 @@ public:
         m_look.red = GlowShare(colour & 255);
         m_look.green = GlowShare(colour >> 8 & 255);
         m_look.blue = GlowShare(colour >> 16 & 255);
-        if (m_shines && !IsFloat(picture.GetFormat()))
+        if (m_shines && !IsFloat(result.GetFormat()))
             FillTable();
     }
     RowFinish(const RowFinish&) = delete;
     RowFinish& operator=(const RowFinish&) = delete;
 
-    bool Shines() const { return m_shines; }
-
+    /// `row` may be the place where it is put.
     void operator()(const std::uint8_t* row, int y) const
     {
         std::uint8_t* to = m_picture.PixelAddress(0, y, 0);
         if (m_shines)
             m_shine(row, to, m_picture.GetWidth(), m_look);
-        else
+        else if (to != row)
             std::memcpy(to, row, RowBytes(m_picture));
     }
 
@@ -185,25 +201,35 @@ GlowFog MakeFog(float gain, std::uint32_t colour)
     return {std::min(Truncate(static_cast<double>(byteGain)), GlowFog::kMostGain), gain * 1.49f, colour};
 }
 
-/// Lays the haze over a picture in place. A row waits in the scratch picture until the blur has no more use for
-/// the row that it replaces: so of the scratch picture no more is touched than the kernel is high.
+/// Lays the haze. In place a row waits in a scratch picture until the blur has no more use for the row that it
+/// replaces.
 class Haze {
 public:
-    Haze(const FrameBuffer& picture, const FrameBuffer& scratch, std::int32_t radius, const GlowFog& fog,
-         const RowFinish& finish)
-        : m_picture(picture), m_scratch(scratch), m_fog(RowsFor(picture.GetFormat()).fog), m_look(fog),
-          m_finish(finish), m_job(TentJob::PaddedByTaps(SizeOf(picture), radius + 1)),
-          m_waits(std::min(m_job.columnTaps - m_job.columnTaps / 2 + 1, picture.GetHeight()))
+    Haze(const GlowPlace& place, std::int32_t radius, const GlowFog& fog, const RowFinish& finish)
+        : m_place(place), m_fog(RowsFor(place.picture.GetFormat()).fog), m_look(fog), m_finish(finish),
+          m_job(JobFor(place, radius)),
+          m_waits(place.IsInPlace()
+                      ? std::min(m_job.columnTaps - m_job.columnTaps / 2 + 1, place.part.size.height)
+                      : 0)
     {
     }
 
-    /// False, the picture untouched, when there is no memory.
+    /// False when there is no memory for the rows that wait.
+    bool Allocate(MemoryAllocator& allocator)
+    {
+        return m_waits == 0
+            || m_waiting.Allocate(m_place.part.size.width, m_waits, m_place.picture.GetPixelBytes(),
+                                  &allocator, m_place.picture.GetFormat(), false);
+    }
+
+    /// False, the result untouched, when there is no memory.
     bool Lay(MemoryAllocator& allocator)
     {
-        switch (FilterTentRows(m_picture, m_job, allocator,
-                               [this](int y, const std::uint8_t* blurred) { LayRow(y, blurred); })) {
+        switch (FilterTentRows(m_place.picture, m_job, allocator, [this](int y, const std::uint8_t* blurred) {
+            LayRow(y - m_place.part.y, blurred);
+        })) {
         case TentResult::Done:
-            for (int y = m_picture.GetHeight() - m_waits; y < m_picture.GetHeight(); ++y)
+            for (int y = m_place.part.size.height - m_waits; y < m_place.part.size.height; ++y)
                 FinishRow(y);
             return true;
         case TentResult::NotServed:
@@ -215,83 +241,107 @@ public:
     }
 
 private:
-    std::uint8_t* WaitingRow(int y) const { return m_scratch.PixelAddress(0, y % m_waits, 0); }
-    void FinishRow(int y) const { m_finish(WaitingRow(y), y); }
+    static TentJob JobFor(const GlowPlace& place, std::int32_t radius)
+    {
+        TentJob job = TentJob::PaddedByTaps(SizeOf(place.picture), radius + 1);
+        job.part = place.part;
+        return job;
+    }
+
+    std::uint8_t* HazyRow(int y) const
+    {
+        return m_waits > 0 ? m_waiting.PixelAddress(0, y % m_waits, 0) : m_place.Result(y);
+    }
+    void FinishRow(int y) const { m_finish(HazyRow(y), y); }
 
     /// `y`: once each from the top down. The blur's running sums still have a tap m_waits - 1 rows above.
     void LayRow(int y, const std::uint8_t* blurred) const
     {
-        if (y >= m_waits)
+        if (m_waits > 0 && y >= m_waits)
             FinishRow(y - m_waits);
-        m_fog(m_picture.PixelAddress(0, y, 0), blurred, WaitingRow(y), m_picture.GetWidth(), m_look);
+        m_fog(m_place.Source(y), blurred, HazyRow(y), m_place.part.size.width, m_look);
+        if (m_waits == 0)
+            FinishRow(y);
     }
 
     bool LayStepwise(MemoryAllocator& allocator) const
     {
-        // By an alpha-last name alpha-first pixels are filtered as any others, channel by channel, in their order.
+        const FrameBuffer& picture = m_place.picture;
         FrameBuffer from, to;
-        AttachAlphaLast(from, m_picture);
-        AttachAlphaLast(to, m_scratch);
-        if (!FilterTentStepwise(from, to, m_job, from.GetFormat(), allocator, true))
+        // By an alpha-last name alpha-first pixels are filtered as any others, channel by channel, in their order.
+        from.Attach(picture.GetPixels(), picture.GetWidth(), picture.GetHeight(), picture.GetStride(),
+                    picture.GetPixelBytes(), AlphaLast(picture.GetFormat()), false);
+        if (!to.Allocate(picture.GetWidth(), picture.GetHeight(), picture.GetPixelBytes(), &allocator,
+                         from.GetFormat(), false)
+            || !FilterTentStepwise(from, to, m_job, from.GetFormat(), allocator, true))
             return false;
-        for (int y = 0; y < m_picture.GetHeight(); ++y) {
-            std::uint8_t* row = m_scratch.PixelAddress(0, y, 0);
-            m_fog(m_picture.PixelAddress(0, y, 0), row, row, m_picture.GetWidth(), m_look);
+        for (int y = 0; y < m_place.part.size.height; ++y) {
+            std::uint8_t* row = to.PixelAddress(m_place.part.x, m_place.part.y + y, 0);
+            m_fog(m_place.Source(y), row, row, m_place.part.size.width, m_look);
             m_finish(row, y);
         }
         return true;
     }
 
-    static void AttachAlphaLast(FrameBuffer& view, const FrameBuffer& picture)
-    {
-        view.Attach(picture.GetPixels(), picture.GetWidth(), picture.GetHeight(), picture.GetStride(),
-                    picture.GetPixelBytes(), AlphaLast(picture.GetFormat()), false);
-    }
-
-    const FrameBuffer& m_picture;
-    const FrameBuffer& m_scratch;
+    const GlowPlace& m_place;
     const DreamGlowKernels::Fog m_fog;
     const GlowFog& m_look;
     const RowFinish& m_finish;
     const TentJob m_job;
     const int m_waits; ///< rows
+    FrameBuffer m_waiting;
 };
 
 /// What is left of a picture when its haze fails.
-void FinishEmptied(const FrameBuffer& picture, const FrameBuffer& scratch, const RowFinish& finish)
+void FinishEmptied(const GlowPlace& place, const RowFinish& finish)
 {
-    std::uint8_t* zeros = scratch.PixelAddress(0, 0, 0);
-    std::memset(zeros, 0, RowBytes(picture));
-    for (int y = 0; y < picture.GetHeight(); ++y)
-        finish(zeros, y);
+    for (int y = 0; y < place.part.size.height; ++y) {
+        std::memset(place.Result(y), 0, RowBytes(place.result));
+        finish(place.Result(y), y);
+    }
 }
 
-/// False, the picture untouched, when there is no haze to lay or no memory for its scratch picture.
-bool LayHaze(const FrameBuffer& picture, std::int32_t radius, const GlowFog& fog, const RowFinish& finish,
+/// False, the result untouched, when there is no memory for the rows that wait.
+bool LayHaze(const GlowPlace& place, std::int32_t radius, const GlowFog& fog, const RowFinish& finish,
              MemoryAllocator& allocator)
 {
-    FrameBuffer scratch;
-    if (!scratch.Allocate(picture.GetWidth(), picture.GetHeight(), picture.GetPixelBytes(), &allocator,
-                          picture.GetFormat(), false))
+    const bool hasKernel = radius >= 0 && radius <= kMostRadius;
+    Haze haze(place, hasKernel ? radius : 0, fog, finish);
+    if (!haze.Allocate(allocator))
         return false;
-    // Kept: a haze that cannot be made leaves an empty picture, where one without a scratch picture leaves all.
-    if (radius < 0 || radius > kMostRadius || !Haze(picture, scratch, radius, fog, finish).Lay(allocator))
-        FinishEmptied(picture, scratch, finish);
+    // Kept: a haze that cannot be made leaves an empty picture, where one whose rows cannot wait leaves all.
+    if (!hasKernel || !haze.Lay(allocator))
+        FinishEmptied(place, finish);
     return true;
+}
+
+void Glow(const GlowPlace& place, const GlowLook& look, MemoryAllocator& allocator)
+{
+    const RowFinish finish(place.result, look.shine, look.colour);
+    const float gain = FogGain(look.fog);
+    if (gain > 0.0f && LayHaze(place, look.radius, MakeFog(gain, look.colour), finish, allocator))
+        return;
+    for (int y = 0; y < place.part.size.height; ++y)
+        finish(place.Source(y), y);
 }
 
 } // namespace
 
 void PRDreamGlowEffect::Apply(FrameBuffer* picture)
 {
-    if (!picture || !IsServed(*picture))
-        return;
-    const RowFinish finish(*picture, shine, colour);
-    const float gain = FogGain(fog);
-    if (gain > 0.0f && LayHaze(*picture, radius, MakeFog(gain, colour), finish, *allocator))
-        return;
-    for (int y = 0; finish.Shines() && y < picture->GetHeight(); ++y)
-        finish(picture->PixelAddress(0, y, 0), y);
+    if (picture && IsServed(*picture))
+        Glow({*picture, {0, 0, SizeOf(*picture)}, *picture}, {radius, fog, shine, colour}, *allocator);
+}
+
+bool PRDreamGlowEffect::ApplyInto(const FrameBuffer& picture, int x, int y, FrameBuffer& result) const
+{
+    const TentPart part = {x, y, SizeOf(result)};
+    const bool isInside = x >= 0 && y >= 0 && std::int64_t{x} + part.size.width <= picture.GetWidth()
+        && std::int64_t{y} + part.size.height <= picture.GetHeight();
+    if (!isInside || picture.GetFormat() != result.GetFormat() || !IsServed(picture) || !IsServed(result))
+        return false;
+    Glow({picture, part, result}, {radius, fog, shine, colour}, *allocator);
+    return true;
 }
 
 } // namespace kelmora

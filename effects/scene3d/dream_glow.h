@@ -17,15 +17,21 @@ public:
     /// reach       how far the haze reaches, in pixels: 0 to 32766. Any other is a haze that cannot be made
     /// wave        how strong the wave is: nothing is done for 0, below, or not-a-number
     /// haze        how strong the haze is, likewise
-    /// memory      for working space, one scratch picture of the picture's size among it; it must outlive this
+    /// memory      for working space: of a picture in place about as many rows as the haze reaches; it must outlive
+    ///             this
     PRDreamGlowEffect(std::int32_t reach, float wave, float haze, MemoryAllocator& memory)
         : radius(reach), fog(haze), shine(wave), allocator(&memory)
     {
     }
 
-    /// Without memory for the scratch picture there is no haze. Where the haze cannot be made for any other
+    /// Without memory for the rows that wait to be put back there is no haze. Where the haze cannot be made for any other
     /// reason, the picture becomes zeros. The wave follows all the same.
     void Apply(FrameBuffer* picture) override;
+
+    /// The pixels of `picture` from column `x` and row `y` on as they are when all of it glows, in as many as `result`
+    /// has. `result` is of the picture's format and in other memory. Where the haze cannot be made, zeros take the
+    /// picture's place. False, and nothing done, for a format that is not served and for pixels outside the picture.
+    bool ApplyInto(const FrameBuffer& picture, int x, int y, FrameBuffer& result) const;
 
 private:
     std::int32_t radius;

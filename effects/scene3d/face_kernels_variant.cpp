@@ -23,24 +23,26 @@ KELMORA_INLINE U32 LightPixels(U32 pixels, F32 light, uint32_t alphaMask)
     return ((U32)Light((U8)pixels, light) & ~alphaMask) | (pixels & alphaMask);
 }
 
-void LightBytes(void* row, int pixels, float light, uint32_t alphaMask)
+void LightBytes(const void* row, void* result, int pixels, float light, uint32_t alphaMask)
 {
-    auto* to = static_cast<uint8_t*>(row);
+    const auto* from = static_cast<const uint8_t*>(row);
+    auto* to = static_cast<uint8_t*>(result);
     const F32 factor = F32{} + light;
     int x = 0;
-    for (; x + kPixels <= pixels; x += kPixels, to += kVectorBytes)
-        Store(to, LightPixels(Load<U32>(to), factor, alphaMask));
+    for (; x + kPixels <= pixels; x += kPixels, from += kVectorBytes, to += kVectorBytes)
+        Store(to, LightPixels(Load<U32>(from), factor, alphaMask));
     if (const int rest = (pixels - x) * 4; rest > 0)
-        StorePart(to, LightPixels(LoadPart<U32>(to, rest), factor, alphaMask), rest);
+        StorePart(to, LightPixels(LoadPart<U32>(from, rest), factor, alphaMask), rest);
 }
 
-void LightFloats(void* row, int pixels, const float (&factors)[4])
+void LightFloats(const void* row, void* result, int pixels, const float (&factors)[4])
 {
     typedef float Pixel __attribute__((vector_size(16), may_alias));
     const Pixel factor = Load<Pixel>(factors);
-    auto* to = static_cast<uint8_t*>(row);
-    for (int x = 0; x < pixels; ++x, to += 16)
-        Store(to, Load<Pixel>(to) * factor);
+    const auto* from = static_cast<const uint8_t*>(row);
+    auto* to = static_cast<uint8_t*>(result);
+    for (int x = 0; x < pixels; ++x, from += 16, to += 16)
+        Store(to, Load<Pixel>(from) * factor);
 }
 
 template <class P>
@@ -59,9 +61,49 @@ uint32_t SumLuma(const void* row, int pixels)
     return sum;
 }
 
+KELMORA_INLINE F32 FloatLuma(F32 red, F32 green, F32 blue)
+{
+    return red * 0.298f + green * 0.586f + blue * 0.113f;
+}
+
+template <class P>
+void SumFloats(const void* const (&rows)[FaceKernels::kSums], int pixels, float (&sums)[FaceKernels::kSums])
+{
+    constexpr int kSums = FaceKernels::kSums, kLanes = kPixels / 4;
+    float sum[kSums];
+    for (int i = 0; i < kSums; ++i)
+        sum[i] = sums[i];
+    for (int x = 0; x < pixels; x += kPixels) {
+        // Through memory, where each sum finds its values one by one.
+        alignas(64) float luma[kSums][kPixels];
+        const int left = pixels - x;
+        for (int i = 0; i < kSums; ++i) {
+            const auto* from = static_cast<const uint8_t*>(rows[i]) + static_cast<ptrdiff_t>(x) * 16;
+            F32 v[4] = {};
+            if (left >= kPixels)
+                for (int j = 0; j < 4; ++j)
+                    v[j] = Load<F32>(from + j * kVectorBytes);
+            else
+                __builtin_memcpy(v, from, static_cast<size_t>(left) * 16);
+            SplitChannels(v);
+            Store(luma[i], FloatLuma(v[P::r], v[P::g], v[P::b]));
+        }
+        for (int k = 0; k < (left < kPixels ? left : kPixels); ++k)
+            for (int i = 0; i < kSums; ++i)
+                sum[i] += luma[i][k % kLanes * 4 + k / kLanes]; // as the channels were split
+    }
+    for (int i = 0; i < kSums; ++i)
+        sums[i] = sum[i];
+}
+
 } // namespace
 
 extern const FaceKernels kFaceKernels;
-const FaceKernels kFaceKernels = {LightBytes, LightFloats, SumLuma<LiftBgra>, SumLuma<LiftArgb>};
+const FaceKernels kFaceKernels = {LightBytes,
+                                  LightFloats,
+                                  SumLuma<LiftBgra>,
+                                  SumLuma<LiftArgb>,
+                                  SumFloats<LiftBgraPlanes>,
+                                  SumFloats<LiftArgbPlanes>};
 
 } // namespace kelmora::KELMORA_VARIANT

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
+#include <limits>
 
 #include "effects/common/precision.h"
 #include "effects/scene3d/face_kernels.h"
 #include "image/picture_check.h"
 #include "image/pixel_format.h"
-#include "image/pixel_layouts.h"
-#include "image/primitives/detail/loose_float.h"
 #include "image/primitives/detail/variant_table.h"
 
 KELMORA_VARIANT_TABLE(FaceKernels, kFaceKernels, FaceKernelsFor)
@@ -40,34 +40,37 @@ bool IsPlain(const ByteCurve& curve, float light)
     return true;
 }
 
-void LightBytes(FrameBuffer& picture, double light)
+/// `to` may be `from`, here and below.
+void LightBytes(const FrameBuffer& from, FrameBuffer& to, double light)
 {
     const ByteCurve curve = CurveFor(light);
     const float factor = static_cast<float>(light);
     const bool plain = IsPlain(curve, factor);
     const auto lightRow = FaceKernelsFor(CurrentVariant()).lightBytes;
-    const std::uint32_t alphaMask = IsAlphaFirst(picture.GetFormat()) ? 0x000000FF : 0xFF000000;
-    const int firstColour = IsAlphaFirst(picture.GetFormat()) ? 1 : 0;
-    for (int y = 0; y < picture.GetHeight(); ++y) {
-        std::uint8_t* row = picture.GetPixels() + std::ptrdiff_t{picture.GetStride()} * y;
+    const bool alphaFirst = IsAlphaFirst(to.GetFormat());
+    const std::uint32_t alphaMask = alphaFirst ? 0x000000FF : 0xFF000000;
+    const int alpha = alphaFirst ? 0 : 3;
+    for (int y = 0; y < to.GetHeight(); ++y) {
+        const std::uint8_t* pixel = from.PixelAddress(0, y, 0);
+        std::uint8_t* lit = to.PixelAddress(0, y, 0);
         if (plain) {
-            lightRow(row, picture.GetWidth(), factor, alphaMask);
+            lightRow(pixel, lit, to.GetWidth(), factor, alphaMask);
             continue;
         }
-        for (int x = 0; x < picture.GetWidth(); ++x, row += 4)
-            for (int c = firstColour; c < firstColour + 3; ++c)
-                row[c] = curve[row[c]];
+        for (int x = 0; x < to.GetWidth(); ++x, pixel += 4, lit += 4)
+            for (int c = 0; c < 4; ++c)
+                lit[c] = c == alpha ? pixel[c] : curve[pixel[c]];
     }
 }
 
-void LightFloats(FrameBuffer& picture, double light)
+void LightFloats(const FrameBuffer& from, FrameBuffer& to, double light)
 {
     const float factor = static_cast<float>(light);
     float factors[4] = {factor, factor, factor, factor};
-    factors[AlphaIndex(picture.GetFormat())] = 1.0f;
+    factors[AlphaIndex(to.GetFormat())] = 1.0f;
     const auto lightRow = FaceKernelsFor(CurrentVariant()).lightFloats;
-    for (int y = 0; y < picture.GetHeight(); ++y)
-        lightRow(picture.PixelAddress(0, y, 0), picture.GetWidth(), factors);
+    for (int y = 0; y < to.GetHeight(); ++y)
+        lightRow(from.PixelAddress(0, y, 0), to.PixelAddress(0, y, 0), to.GetWidth(), factors);
 }
 
 void LightPacked(FrameBuffer& picture, double light)
@@ -113,33 +116,121 @@ double MeanOfFirstBytes(const FrameBuffer& picture, const Part& part, std::int64
     return static_cast<double>(mean);
 }
 
-/// The sum is rounded to single precision pixel by pixel.
-template <class P>
-double MeanOfFloats(const FrameBuffer& picture, const Part& part, std::int64_t area)
+/// The part that counts; false where there is none.
+bool FindPart(const FrameBuffer& picture, const SourceRect& rect, Part& part)
 {
-    float sum = 0.0f;
-    for (int y = part.top; y < part.bottom; ++y) {
-        const auto* p = px::Loose(Floats(picture.PixelAddress(part.left, y, 0)));
-        for (int x = part.left; x < part.right; ++x, p += 4)
-            sum += 0.298f * p[P::r] + 0.586f * p[P::g] + 0.113f * p[P::b];
-    }
-    return static_cast<double>(sum) * 255.0 / static_cast<double>(area);
+    const int bytes = picture.GetFormat() == PF_Packed8 ? 1 : PixelBytesOf(picture.GetFormat());
+    if (rect.width < 1 || rect.height < 1 || picture.GetFormat() > PF_ARGB32F
+        || !Holds(picture, picture.GetWidth(), std::max(bytes, picture.GetPixelBytes())))
+        return false;
+    part = {CutTo(rect.x, picture.GetWidth()), CutTo(rect.y, picture.GetHeight()),
+            CutTo(std::int64_t{rect.x} + rect.width, picture.GetWidth()),
+            CutTo(std::int64_t{rect.y} + rect.height, picture.GetHeight())};
+    return true;
 }
 
-double MeanOf(const FrameBuffer& picture, const Part& part, std::int64_t area)
+std::uint8_t ByteOf(double mean)
 {
-    switch (picture.GetFormat()) {
-    case PF_BGRA8:
-    case PF_ARGB8:
-        return MeanOfBytes(picture, part, area);
-    case PF_BGRA32F:
-        return MeanOfFloats<Bgra32F>(picture, part, area);
-    case PF_ARGB32F:
-        return MeanOfFloats<Argb32F>(picture, part, area);
-    default:
-        return MeanOfFirstBytes(picture, part, area);
-    }
+    return static_cast<std::uint8_t>(std::clamp(Truncate(mean), 0, 255));
 }
+
+std::int64_t AreaOf(const SourceRect& rect)
+{
+    return std::int64_t{rect.width} * rect.height;
+}
+
+std::uint8_t MeanOfBytesIn(const Brightness& wanted, const Part& part)
+{
+    const bool isColour = IsByteColour(wanted.picture->GetFormat());
+    const auto meanOf = isColour ? MeanOfBytes : MeanOfFirstBytes;
+    return ByteOf(meanOf(*wanted.picture, part, AreaOf(wanted.part)));
+}
+
+/// The means of up to kSums parts of float pictures of one format, side by side. Each sum is rounded to single precision
+/// pixel by pixel.
+class FloatMeans {
+public:
+    explicit FloatMeans(std::uint32_t format) : m_format(format) {}
+
+    std::uint32_t Format() const { return m_format; }
+    bool IsFull() const { return m_count == kMost; }
+
+    void Add(Brightness& wanted, const Part& part)
+    {
+        if (part.left >= part.right)
+            return; // and its mean is 0
+        m_parts[m_count] = part;
+        m_wanted[m_count++] = &wanted;
+    }
+
+    /// Finds the means of what was added, and starts anew.
+    void Finish()
+    {
+        float sums[kMost] = {};
+        for (int row = 0; AddRow(row, sums); ++row) {
+        }
+        for (std::size_t i = 0; i < m_count; ++i)
+            m_wanted[i]->mean =
+                ByteOf(static_cast<double>(sums[i]) * 255.0 / static_cast<double>(AreaOf(m_wanted[i]->part)));
+        m_count = 0;
+    }
+
+private:
+    static constexpr std::size_t kMost = FaceKernels::kSums;
+
+    /// Row `row` of all parts that have one; false when none has.
+    bool AddRow(int row, float (&sums)[kMost]) const
+    {
+        std::size_t with[kMost] = {}, count = 0;
+        int common = std::numeric_limits<int>::max();
+        for (std::size_t i = 0; i < m_count; ++i)
+            if (m_parts[i].top + row < m_parts[i].bottom) {
+                with[count++] = i;
+                common = std::min(common, m_parts[i].right - m_parts[i].left);
+            }
+        if (count == 0)
+            return false;
+        const void* rows[kMost];
+        float rowSums[kMost];
+        for (std::size_t k = 0; k < kMost; ++k) { // the first one stands in for those that are missing
+            rows[k] = Pixel(with[k < count ? k : 0], row, 0);
+            rowSums[k] = sums[with[k < count ? k : 0]];
+        }
+        Sum()(rows, common, rowSums);
+        for (std::size_t k = 0; k < count; ++k)
+            sums[with[k]] = WithRest(with[k], row, common, rowSums[k]);
+        return true;
+    }
+
+    /// `sum` and what follows the first `done` pixels of a row.
+    float WithRest(std::size_t i, int row, int done, float sum) const
+    {
+        const int rest = m_parts[i].right - m_parts[i].left - done;
+        if (rest < 1)
+            return sum;
+        const void* rows[kMost];
+        std::fill(std::begin(rows), std::end(rows), Pixel(i, row, done));
+        float sums[kMost] = {sum};
+        Sum()(rows, rest, sums);
+        return sums[0];
+    }
+
+    const std::uint8_t* Pixel(std::size_t i, int row, int x) const
+    {
+        return m_wanted[i]->picture->PixelAddress(m_parts[i].left + x, m_parts[i].top + row, 0);
+    }
+
+    FaceKernels::SumFloats Sum() const
+    {
+        const FaceKernels& kernels = FaceKernelsFor(CurrentVariant());
+        return m_format == PF_ARGB32F ? kernels.sumFloatsArgb : kernels.sumFloatsBgra;
+    }
+
+    const std::uint32_t m_format;
+    Brightness* m_wanted[kMost] = {};
+    Part m_parts[kMost] = {};
+    std::size_t m_count = 0;
+};
 
 } // namespace
 
@@ -151,20 +242,40 @@ void ApplyLight(FrameBuffer& picture, double light)
     if (!IsPicture(format) || picture.GetPixelBytes() != PixelBytesOf(format)
         || !Holds(picture, picture.GetWidth(), PixelBytesOf(format)))
         return;
-    IsFloat(format) ? LightFloats(picture, light) : LightBytes(picture, light);
+    CopyLit(picture, picture, light);
+}
+
+void CopyLit(const FrameBuffer& from, FrameBuffer& to, double light)
+{
+    IsFloat(to.GetFormat()) ? LightFloats(from, to, light) : LightBytes(from, to, light);
 }
 
 std::uint8_t AverageBrightness(const FrameBuffer& picture, int x, int y, int width, int height)
 {
-    const int bytes = picture.GetFormat() == PF_Packed8 ? 1 : PixelBytesOf(picture.GetFormat());
-    if (width < 1 || height < 1 || picture.GetFormat() > PF_ARGB32F
-        || !Holds(picture, picture.GetWidth(), std::max(bytes, picture.GetPixelBytes())))
-        return 0;
-    const Part part = {CutTo(x, picture.GetWidth()), CutTo(y, picture.GetHeight()),
-                       CutTo(std::int64_t{x} + width, picture.GetWidth()),
-                       CutTo(std::int64_t{y} + height, picture.GetHeight())};
-    const double mean = MeanOf(picture, part, std::int64_t{width} * height);
-    return static_cast<std::uint8_t>(std::clamp(Truncate(mean), 0, 255));
+    Brightness one = {&picture, {x, y, width, height}};
+    FindBrightness({&one, 1});
+    return one.mean;
+}
+
+void FindBrightness(std::span<Brightness> parts)
+{
+    FloatMeans means[] = {FloatMeans(PF_BGRA32F), FloatMeans(PF_ARGB32F)};
+    for (Brightness& wanted : parts) {
+        Part part = {};
+        wanted.mean = 0;
+        if (!FindPart(*wanted.picture, wanted.part, part))
+            continue;
+        if (!IsFloat(wanted.picture->GetFormat())) {
+            wanted.mean = MeanOfBytesIn(wanted, part);
+            continue;
+        }
+        FloatMeans& among = means[wanted.picture->GetFormat() == PF_ARGB32F];
+        among.Add(wanted, part);
+        if (among.IsFull())
+            among.Finish();
+    }
+    for (FloatMeans& rest : means)
+        rest.Finish();
 }
 
 } // namespace kelmora

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "effects/scene3d/depth_sort.h"
 #include "effects/scene3d/scene3d.h"
 #include "image/exact_math.h"
 
@@ -34,13 +33,17 @@ Leave3D::Leave3D(const QuadFace& piece, const Vector3& goal, double spin, double
 {
 }
 
-Matrix4 Leave3D::GetMatrixAt(double t) const
+bool Leave3D::FliesAt(double t) const
 {
     const double now = std::clamp(t, 0.0, 1.0);
-    const bool flies =
-        startTime <= now && now < endTime && (stopTime == 0.0 || (stopTime > 0.0 && now < stopTime));
-    if (!flies)
+    return startTime <= now && now < endTime && (stopTime == 0.0 || (stopTime > 0.0 && now < stopTime));
+}
+
+Matrix4 Leave3D::GetMatrixAt(double t) const
+{
+    if (!FliesAt(t))
         return Matrix4::Identity();
+    const double now = std::clamp(t, 0.0, 1.0);
     const Vector3 center = face.GetCenter();
     const Vector3 way = Subtract(target, center);
     const Vector3 flight = Normalized(way);
@@ -64,20 +67,24 @@ QuadFace Leave3D::GetFaceAt(double t) const
 QuadMesh LeaveSystem::GetFacesAt(double t) const
 {
     QuadMesh faces;
+    if (!faces.Reserve(leaves.size()))
+        return faces;
     for (const Leave3D& leave : leaves)
         if (leave.IsVisibleAt(t))
             faces.AddFace(leave.GetFaceAt(t));
     return faces;
 }
 
-std::vector<std::size_t> LeaveSystem::GetDrawOrder(const QuadMesh& faces) const
+FaceOrder LeaveSystem::GetDrawOrder(const QuadMesh& faces) const
 {
-    std::vector<std::size_t> order = SortFacesByDepth(faces);
+    FaceOrder order = SortFacesByDepth(faces);
+    const auto isBeyond = [&](std::size_t i) {
+        const double z = faces.GetFace(i).GetCenter().z;
+        return !(z > -depthLimit && z < depthLimit);
+    };
     if (depthLimit != 0.0)
-        std::erase_if(order, [&](std::size_t i) {
-            const double z = faces.GetFace(i).GetCenter().z;
-            return !(z > -depthLimit && z < depthLimit);
-        });
+        order.truncate(
+            static_cast<std::size_t>(std::remove_if(order.begin(), order.end(), isBeyond) - order.begin()));
     return order;
 }
 

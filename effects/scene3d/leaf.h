@@ -2,8 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
+#include "effects/scene3d/depth_sort.h"
+#include "effects/scene3d/lists.h"
 #include "effects/scene3d/matrix4.h"
 #include "effects/scene3d/quad_face.h"
 #include "effects/scene3d/quad_mesh.h"
@@ -25,7 +26,10 @@ public:
 
     bool IsVisibleAt(double t) const { return stopTime == 0.0 || stopTime > t; }
 
-    /// From rest to the place at `t`, which is cut to 0 to 1. The identity before the flight and after it.
+    /// Whether it is on its flight at `t`, which is cut to 0 to 1: it rests before, and after it.
+    bool FliesAt(double t) const;
+
+    /// From rest to the place at `t`, which is cut to 0 to 1. The identity where it does not fly.
     Matrix4 GetMatrixAt(double t) const;
     QuadFace GetFaceAt(double t) const;
 
@@ -44,18 +48,19 @@ class LeaveSystem {
 public:
     virtual ~LeaveSystem() = default;
 
-    void AddLeave(const Leave3D& leave) { leaves.push_back(leave); }
+    /// False, and nothing added, without memory.
+    bool AddLeave(const Leave3D& leave) { return leaves.push_back(leave); }
 
-    /// The visible leaves where they are at `t`, in the order in which they were added.
+    /// The visible leaves where they are at `t`, in the order in which they were added. None without memory.
     QuadMesh GetFacesAt(double t) const;
 
-    /// Which of these faces are drawn, from the farthest to the nearest.
-    std::vector<std::size_t> GetDrawOrder(const QuadMesh& faces) const;
+    /// Which of these faces are drawn, from the farthest to the nearest. None without memory.
+    FaceOrder GetDrawOrder(const QuadMesh& faces) const;
 
     /// Draws the leaves of time `t`. `interpolation` is the code of the warp.
     void Draw(Scene3D& scene, double t, std::uint32_t interpolation) const;
 
-    std::vector<Leave3D> leaves;
+    GrowingList<Leave3D> leaves;
     double depthLimit =
         0.0; ///< leaves as far or farther from the plane of the frame are not drawn; 0: all are
 };

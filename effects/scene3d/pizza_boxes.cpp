@@ -1,14 +1,15 @@
 #include "effects/scene3d/pizza_boxes.h"
 
-#include <vector>
-
 #include "effects/common/knob_reader.h"
 #include "effects/scene3d/box_motion.h"
 #include "effects/scene3d/depth_sort.h"
 #include "effects/scene3d/dream_glow.h"
+#include "effects/scene3d/glow_slices.h"
 #include "effects/scene3d/pizza_boxes_plan.h"
 #include "effects/scene3d/smart_crop.h"
 #include "image/image_ops.h"
+#include "image/picture_check.h"
+#include "image/pixel_format.h"
 
 namespace kelmora {
 namespace {
@@ -19,6 +20,7 @@ using pizza_boxes::Knobs;
 constexpr std::uint32_t kBlack = 0;
 constexpr double kAmbient = 0.5;
 constexpr double kViewingDistance = 5.0;
+constexpr std::size_t kSides = 6;
 
 /// Asks for the knobs in the order that hosts have always seen.
 Knobs ReadKnobs(IVideoHost& host)
@@ -39,40 +41,18 @@ Knobs ReadKnobs(IVideoHost& host)
     return knobs;
 }
 
-/// What the boxes show.
-struct Textures {
-    FrameBuffer front, back;
-};
-
-bool AllocateTexture(FrameBuffer& scratch, const FrameBuffer& picture, std::uint32_t format,
-                     MemoryAllocator& allocator)
+/// The second picture as the glow sees it: its pixels by the name of the first one's. What cannot be copied is not shown
+/// either: `blank`, black and transparent, takes its place. False when there is no memory for that.
+bool AttachRenamed(FrameBuffer& view, FrameBuffer& blank, const FrameBuffer& second, std::uint32_t format,
+                   MemoryAllocator& allocator)
 {
-    return scratch.Allocate(picture.GetWidth(), picture.GetHeight(), picture.GetPixelBytes(), &allocator,
-                            format, false);
-}
-
-void ApplyGlow(FrameBuffer& texture, const FrameBuffer& picture, const Glow& glow, MemoryAllocator& allocator)
-{
-    PRDreamGlowEffect effect(glow.Radius(picture.GetHeight()), static_cast<float>(glow.shine),
-                             static_cast<float>(glow.fog), allocator);
-    effect.Apply(&texture);
-}
-
-/// Copies of both pictures that glow. False when there is no memory for them.
-bool MakeGlowing(Textures& textures, const FrameBuffer& first, const FrameBuffer& second, const Glow& glow,
-                 MemoryAllocator& allocator)
-{
-    if (!AllocateTexture(textures.front, first, first.GetFormat(), allocator)
-        || !AllocateTexture(textures.back, second, first.GetFormat(), allocator))
-        return false;
+    if (IsPicture(second.GetFormat()) && second.GetPixelBytes() == PixelBytesOf(second.GetFormat()))
+        return view.Attach(second.GetPixels(), second.GetWidth(), second.GetHeight(), second.GetStride(),
+                           second.GetPixelBytes(), format, false);
     ImageOps ops;
-    for (FrameBuffer* texture : {&textures.front, &textures.back})
-        ops.Fill(*texture, 0); // what cannot be copied is not shown either
-    ops.Copy(first, textures.front);
-    ops.Copy(second, textures.back);
-    ApplyGlow(textures.front, first, glow, allocator);
-    ApplyGlow(textures.back, second, glow, allocator);
-    return true;
+    return blank.Allocate(second.GetWidth(), second.GetHeight(), second.GetPixelBytes(), &allocator, format,
+                          false)
+        && ops.Fill(blank, 0) && view.AttachBuffer(blank);
 }
 
 void LayBackground(Scene3D& scene, const Knobs& knobs, const TransitionFrame& frame)
@@ -111,12 +91,14 @@ QuadMesh SlicesOf(const Scene3D& scene, const FrameBuffer& front, const FrameBuf
     });
 }
 
-/// The faces of all boxes at `t`.
+/// The faces of all boxes at `t`; none without memory.
 QuadMesh BoxesAt(double t, const QuadMesh& slices, const FrameBuffer& back, const BoxMotion& motion)
 {
     const QuadMeshCreator creator;
-    std::vector<QuadMesh> boxes = creator.CreateBoxes(slices);
+    GrowingList<QuadMesh> boxes = creator.CreateBoxes(slices);
     QuadMesh all;
+    if (!all.Reserve(boxes.size() * kSides))
+        return all;
     for (std::size_t i = 0; i < boxes.size(); ++i) {
         QuadMesh& box = boxes[i];
         SetBackOfBox(box, &back, motion.horizontal);
@@ -125,6 +107,36 @@ QuadMesh BoxesAt(double t, const QuadMesh& slices, const FrameBuffer& back, cons
             all.AddFace(box.GetFace(k));
     }
     return all;
+}
+
+void DrawBoxes(Scene3D& scene, const Knobs& knobs, const TransitionFrame& frame, const FrameBuffer& first,
+               const FrameBuffer& second)
+{
+    // What glows has its name from the first picture. With or without a glow the rectangles are the same.
+    FrameBuffer back, blank;
+    const bool glows = pizza_boxes::HasGlow(knobs) && !IsEmpty(SizeOf(first)) && !IsEmpty(SizeOf(second))
+        && AttachRenamed(back, blank, second, first.GetFormat(), frame.allocator);
+    if (!glows)
+        back.AttachBuffer(second);
+
+    const double t = frame.progress;
+    const QuadMesh slices = SlicesOf(scene, first, back, knobs);
+    scene.SetModelMatrix(pizza_boxes::StackMatrix(t, knobs.depth));
+    QuadMesh faces = BoxesAt(t, slices, back, pizza_boxes::MotionFor(knobs, frame.isBottomUp));
+    const FaceOrder order = SortFacesByDepth(faces);
+
+    GlowSlices glowing(frame.allocator);
+    const Glow glow = pizza_boxes::GlowAt(t, knobs);
+    const auto glowOf = [&](const FrameBuffer& picture) {
+        return PRDreamGlowEffect(glow.Radius(picture.GetHeight()), static_cast<float>(glow.shine),
+                                 static_cast<float>(glow.fog), frame.allocator);
+    };
+    if (glows && !glowing.Make(scene, faces, order, glowOf))
+        back.AttachBuffer(second);
+    for (const std::size_t i : order) {
+        scene.DrawFace(faces.GetFace(i), MakeInterpolationCode(1, 1), false);
+        glowing.Drawn(i);
+    }
 }
 
 } // namespace
@@ -150,19 +162,7 @@ bool D3DLayers::RenderTransition(const TransitionFrame& frame)
         return true;
     }
     LayBackground(scene, knobs, frame);
-
-    Textures glowing;
-    const bool glows = pizza_boxes::HasGlow(knobs)
-        && MakeGlowing(glowing, first, second, pizza_boxes::GlowAt(t, knobs), frame.allocator);
-    const FrameBuffer& front = glows ? glowing.front : first;
-    const FrameBuffer& back = glows ? glowing.back : second;
-
-    const QuadMesh slices = SlicesOf(scene, front, back, knobs);
-    scene.SetModelMatrix(pizza_boxes::StackMatrix(t, knobs.depth));
-    const BoxMotion motion = pizza_boxes::MotionFor(knobs, frame.isBottomUp);
-    const QuadMesh faces = BoxesAt(t, slices, back, motion);
-    for (const std::size_t i : SortFacesByDepth(faces))
-        scene.DrawFace(faces.GetFace(i), MakeInterpolationCode(1, 1), false);
+    DrawBoxes(scene, knobs, frame, first, second);
     return true;
 }
 

@@ -22,14 +22,18 @@ int Span(int first, int last)
 QuadFace::QuadFace(const Vector3& c0, const Vector3& c1, const Vector3& c2, const Vector3& c3,
                    const FrameBuffer* front, const FrameBuffer* back, std::int32_t orientation,
                    const TextureRect& frontPart, const TextureRect& backPart)
-    : corners{c0, c1, c2, c3}, frontRect(frontPart), backRect(backPart), frontTexture(front),
-      backTexture(back), backOrientation(orientation)
+    : frontRect(frontPart), backRect(backPart), frontTexture(front), backTexture(back),
+      backOrientation(orientation)
 {
+    SetCorners(c0, c1, c2, c3);
 }
 
 void QuadFace::SetCorners(const Vector3& c0, const Vector3& c1, const Vector3& c2, const Vector3& c3)
 {
-    corners.assign({c0, c1, c2, c3});
+    corners.resize(4);
+    std::size_t i = 0;
+    for (const Vector3& corner : {c0, c1, c2, c3})
+        corners[i++] = corner;
 }
 
 void QuadFace::FlipBackRect(bool horizontal)

@@ -3,8 +3,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
+#include "effects/scene3d/lists.h"
 #include "effects/scene3d/matrix4.h"
 #include "effects/scene3d/vector3.h"
 #include "image/frame_buffer.h"
@@ -33,6 +33,8 @@ inline constexpr std::int32_t kTurnsOver = 1;     ///< the back has top and bott
 /// One flat face of four corners with a texture on either side. It owns neither texture.
 class QuadFace {
 public:
+    using Corners = FixedList<Vector3, 4>;
+
     /// Four zero corners, no textures.
     QuadFace() = default;
     QuadFace(const Vector3& c0, const Vector3& c1, const Vector3& c2, const Vector3& c3,
@@ -45,7 +47,7 @@ public:
     // --- the parts ----------------------------------------------------------------------------------
 
     void SetCorners(const Vector3& c0, const Vector3& c1, const Vector3& c2, const Vector3& c3);
-    std::vector<Vector3> GetCorners() const { return corners; }
+    Corners GetCorners() const { return corners; }
     void SetFrontTexture(const FrameBuffer* texture) { frontTexture = texture; }
     void SetBackTexture(const FrameBuffer* texture) { backTexture = texture; }
     void SetFrontRect(double u0, double v0, double u1, double v1) { frontRect = {u0, v0, u1, v1}; }
@@ -83,8 +85,7 @@ public:
     /// The mean of the corners; the zero vector for none.
     Vector3 GetCenter() const;
 
-    std::vector<Vector3> corners =
-        std::vector<Vector3>(4); ///< top left, top right, bottom right, bottom left
+    Corners corners = Corners(4); ///< top left, top right, bottom right, bottom left
     TextureRect frontRect;
     TextureRect backRect;
     const FrameBuffer* frontTexture = nullptr;

@@ -60,11 +60,12 @@ QuadFace PieceOf(const QuadGrid& grid, const TextureRect& part)
 /// How far a box reaches back from its front.
 // Kept: the mean of the top edge and the diagonal, not of the two sides. A wide thin slice becomes about as deep
 // as it is wide.
-double DepthOf(const std::vector<Vector3>& corners)
+double DepthOf(const QuadFace::Corners& corners)
 {
     return (Subtract(corners[1], corners[0]).Length() + Subtract(corners[2], corners[0]).Length()) * 0.5;
 }
 
+/// Without memory it is empty.
 QuadMesh BoxBehind(const QuadFace& face)
 {
     const Vector3 away = {0.0, 0.0, DepthOf(face.corners)};
@@ -80,6 +81,8 @@ QuadMesh BoxBehind(const QuadFace& face)
         {d, c, c2, d2},   // bottom
     };
     QuadMesh box;
+    if (!box.Reserve(std::size(sides)))
+        return box;
     for (const auto& side : sides) {
         QuadFace copy = face;
         copy.SetCorners(side[0], side[1], side[2], side[3]);
@@ -114,7 +117,8 @@ void QuadMesh::TransformInPlace(const Matrix4& move)
 QuadMesh QuadMeshCreator::CreateGrid(const QuadGrid& grid) const
 {
     QuadMesh mesh;
-    if (!IsWithin(grid.columns) || !IsWithin(grid.rows) || grid.width < 2 || grid.height < 2)
+    if (!IsWithin(grid.columns) || !IsWithin(grid.rows) || grid.width < 2 || grid.height < 2
+        || !mesh.Reserve(static_cast<std::size_t>(grid.columns * grid.rows)))
         return mesh;
     for (int row = 0; row < grid.rows; ++row) {
         const Range v = RangeOf(row, grid.rows, grid.height);
@@ -127,12 +131,16 @@ QuadMesh QuadMeshCreator::CreateGrid(const QuadGrid& grid) const
     return mesh;
 }
 
-std::vector<QuadMesh> QuadMeshCreator::CreateBoxes(const QuadMesh& mesh) const
+GrowingList<QuadMesh> QuadMeshCreator::CreateBoxes(const QuadMesh& mesh) const
 {
-    std::vector<QuadMesh> boxes;
-    for (std::size_t i = 0; i < mesh.GetFaceCount(); ++i)
-        if (mesh.GetFace(i).corners.size() == 4)
-            boxes.push_back(BoxBehind(mesh.GetFace(i)));
+    GrowingList<QuadMesh> boxes;
+    for (std::size_t i = 0; i < mesh.GetFaceCount(); ++i) {
+        if (mesh.GetFace(i).corners.size() != 4)
+            continue;
+        QuadMesh box = BoxBehind(mesh.GetFace(i));
+        if (box.GetFaceCount() == 0 || !boxes.push_back(std::move(box)))
+            return {};
+    }
     return boxes;
 }
 

@@ -3,22 +3,27 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
+#include "effects/scene3d/lists.h"
 #include "effects/scene3d/quad_face.h"
 
 namespace kelmora {
 
-/// Faces in a row, held by value. Copies share the textures.
+/// Faces in a row, held by value. Copies share the textures; one that finds no memory is empty.
 class QuadMesh {
 public:
     QuadMesh() = default;
     QuadMesh(const QuadMesh&) = default;
+    QuadMesh(QuadMesh&&) = default;
     QuadMesh& operator=(const QuadMesh&) = default;
+    QuadMesh& operator=(QuadMesh&&) = default;
     virtual ~QuadMesh() = default;
 
-    /// A copy goes to the end.
-    void AddFace(const QuadFace& face) { m_faces.push_back(face); }
+    /// A copy goes to the end. False, and nothing added, without memory.
+    bool AddFace(const QuadFace& face) { return m_faces.push_back(face); }
+
+    /// Room for so many faces in all; without memory there is as much as before, and false.
+    bool Reserve(std::size_t count) { return m_faces.reserve(count); }
     std::size_t GetFaceCount() const { return m_faces.size(); }
 
     /// `i` is below the count.
@@ -34,7 +39,7 @@ public:
     void TransformInPlace(const Matrix4& move);
 
 private:
-    std::vector<QuadFace> m_faces;
+    GrowingList<QuadFace> m_faces;
 };
 
 /// A parallelogram that is to be cut into faces of whole pixels.
@@ -56,12 +61,12 @@ public:
     virtual ~QuadMeshCreator() = default;
 
     /// Faces row by row from the top left. Neighbours share a column or row of pixels. Empty for fewer than 2
-    /// pixels across or down, and for no or too many columns or rows.
+    /// pixels across or down, and for no or too many columns or rows, and without memory.
     QuadMesh CreateGrid(const QuadGrid& grid) const;
 
     /// A box for each face that has four corners, behind it: front, right, back, left, top, bottom. All six
-    /// faces show what the one showed.
-    std::vector<QuadMesh> CreateBoxes(const QuadMesh& mesh) const;
+    /// faces show what the one showed. No box at all without memory for all.
+    GrowingList<QuadMesh> CreateBoxes(const QuadMesh& mesh) const;
 };
 
 } // namespace kelmora

@@ -7,9 +7,25 @@
 #include "effects/common/precision.h"
 #include "effects/scene3d/face_light.h"
 #include "image/image_ops.h"
+#include "image/picture_check.h"
+#include "image/pixel_format.h"
 #include "image/primitives/warp.h"
 
 namespace kelmora {
+namespace {
+
+/// A view of pixels that all lie in a picture of one of the four picture formats; false for any others.
+bool AttachPart(FrameBuffer& view, const FrameBuffer& picture, const SourceRect& rect)
+{
+    const int bytes = picture.GetPixelBytes();
+    if (rect.x < 0 || rect.y < 0 || rect.width < 1 || rect.height < 1 || !IsPicture(picture.GetFormat())
+        || bytes != PixelBytesOf(picture.GetFormat()) || !Holds(picture, picture.GetWidth(), bytes))
+        return false;
+    return view.Attach(picture.PixelAddress(rect.x, rect.y, 0), rect.width, rect.height, picture.GetStride(),
+                       bytes, picture.GetFormat(), false);
+}
+
+} // namespace
 
 std::uint32_t MakeInterpolationCode(int mode, int smoothEdges)
 {
@@ -36,8 +52,19 @@ double SnapToPixel(double v)
 void Scene3D::SetCanvas(const VideoFrame* frame)
 {
     if (!m_canvas)
-        m_canvas = std::make_unique<SceneCanvas>();
+        m_canvas.emplace();
     m_canvas->Attach(frame);
+}
+
+const SceneCanvas* Scene3D::GetCanvas() const
+{
+    return m_canvas ? &*m_canvas : nullptr;
+}
+
+void Scene3D::SetAllocator(MemoryAllocator* allocator)
+{
+    m_space.Release();
+    m_allocator = allocator;
 }
 
 void Scene3D::SetModelMatrix(const Matrix4& model)
@@ -62,7 +89,7 @@ void Scene3D::EndFrame()
 {
     ClearLights();
     ClearFilters();
-    m_allocator = nullptr;
+    SetAllocator(nullptr);
     if (m_canvas)
         m_canvas->Detach();
 }
@@ -112,7 +139,7 @@ ScreenPoint Scene3D::ToScreen(double x, double y) const
     return {halfWidth * x / m_canvas->aspect + halfWidth, halfHeight - halfHeight * y};
 }
 
-bool Scene3D::DrawFace(const QuadFace& face, std::uint32_t interpolation, bool backOnly)
+bool Scene3D::Look(const QuadFace& face, bool backOnly, FaceView& view) const
 {
     const bool twoSided = HasFlag(kTwoSided);
     if ((!twoSided && backOnly) || !face.IsValid() || !m_canvas)
@@ -125,48 +152,83 @@ bool Scene3D::DrawFace(const QuadFace& face, std::uint32_t interpolation, bool b
     if ((!twoSided && !facing) || (backOnly && facing))
         return false;
     const Vector3 sum = Add(Add(Add(corners[0], corners[1]), corners[2]), corners[3]);
-    const double light = LightLevel(normal, Scale(sum, 0.25), twoSided);
+    view.light = LightLevel(normal, Scale(sum, 0.25), twoSided);
 
-    const bool isBack = !facing;
-    const std::array<std::size_t, 4> order = face.GetCornerOrder(isBack);
-    double quad[4][2];
+    view.isBack = !facing;
+    const std::array<std::size_t, 4> order = face.GetCornerOrder(view.isBack);
     int besideX = 0, besideY = 0;
     for (std::size_t k = 0; k < 4; ++k) {
         const ScreenPoint at = ToScreen(corners[order[k]].x, corners[order[k]].y);
         const double x = SnapToPixel(at.x), y = SnapToPixel(at.y);
-        quad[k][0] = x;
-        quad[k][1] = y;
+        view.quad[k][0] = x;
+        view.quad[k][1] = y;
         besideX += x < 0.0 ? -1 : x > m_canvas->canvasWidth ? 1 : 0;
         besideY += y < 0.0 ? -1 : y > m_canvas->canvasHeight ? 1 : 0;
     }
-    if (std::abs(besideX) != 4 && std::abs(besideY) != 4)
-        DrawPixels(face, isBack, light, quad, interpolation);
+    view.isBeside = std::abs(besideX) == 4 || std::abs(besideY) == 4;
     return true;
 }
 
-void Scene3D::DrawPixels(const QuadFace& face, bool isBack, double light, const double quad[4][2],
-                         std::uint32_t interpolation)
+bool Scene3D::Shows(const QuadFace& face) const
 {
-    const SourceRect rect = face.GetSourceRect(isBack);
-    const FrameBuffer* const texture = face.GetTexture(isBack);
+    FaceView view;
+    return Look(face, false, view) && !view.isBeside;
+}
+
+bool Scene3D::DrawFace(const QuadFace& face, std::uint32_t interpolation, bool backOnly)
+{
+    FaceView view;
+    if (!Look(face, backOnly, view))
+        return false;
+    const FrameBuffer* const texture = face.GetTexture(view.isBack);
     FrameBuffer part;
-    if (!texture
-        || !part.Allocate(rect.width, rect.height, texture->GetPixelBytes(), m_allocator,
-                          texture->GetFormat(), false))
-        return;
-    ImageOps ops;
+    if (!view.isBeside && texture && MakePart(*texture, face.GetSourceRect(view.isBack), view.light, part))
+        m_canvas->Warp(view.quad, &part, interpolation);
+    return true;
+}
+
+/// A picture of the rectangle's size for the warp, not cleared.
+bool Scene3D::TakeSpace(const FrameBuffer& texture, const SourceRect& rect, FrameBuffer& part)
+{
+    if (rect.width < 1 || rect.height < 1)
+        return false;
+    const Size held =
+        m_space.GetPixels() && m_space.GetPixelBytes() == texture.GetPixelBytes() ? SizeOf(m_space) : Size();
+    if ((rect.width > held.width || rect.height > held.height)
+        && !m_space.Allocate(std::max(rect.width, held.width), std::max(rect.height, held.height),
+                             texture.GetPixelBytes(), m_allocator, texture.GetFormat(), false))
+        return false;
+    return part.Attach(m_space.GetPixels(), rect.width, rect.height, m_space.GetStride(),
+                       texture.GetPixelBytes(), texture.GetFormat(), false);
+}
+
+/// What the face shows, as bright as it is: of the texture itself where that is all. False where it is left out.
+bool Scene3D::MakePart(const FrameBuffer& texture, const SourceRect& rect, double light, FrameBuffer& part)
+{
     // The rectangle may stick out of the texture, by the grid's rounding or because the back is smaller.
-    const bool isWhole = std::int64_t{rect.x} + rect.width <= texture->GetWidth()
-        && std::int64_t{rect.y} + rect.height <= texture->GetHeight();
+    const bool isWhole = std::int64_t{rect.x} + rect.width <= texture.GetWidth()
+        && std::int64_t{rect.y} + rect.height <= texture.GetHeight();
+    FrameBuffer shown;
+    if (isWhole && m_filters.empty() && AttachPart(shown, texture, rect)) {
+        if (!(light < 1.0))
+            return part.AttachBuffer(shown);
+        if (!TakeSpace(texture, rect, part))
+            return false;
+        CopyLit(shown, part, light);
+        return true;
+    }
+    if (!TakeSpace(texture, rect, part))
+        return false;
+    ImageOps ops;
     if (!isWhole)
         ops.Fill(part, 0);
-    if (!ops.CopyRect(*texture, rect.x, rect.y, rect.width, rect.height, part, 0, 0))
-        return;
+    if (!ops.CopyRect(texture, rect.x, rect.y, rect.width, rect.height, part, 0, 0))
+        return false;
     for (const std::unique_ptr<PREffect>& filter : m_filters)
         filter->Apply(&part);
     if (light < 1.0)
         ApplyLight(part, light);
-    m_canvas->Warp(quad, &part, interpolation);
+    return true;
 }
 
 } // namespace kelmora

@@ -2,10 +2,11 @@
 
 #include <cstdint>
 #include <memory>
-#include <vector>
+#include <optional>
 
 #include "contract/video_frame.h"
 #include "effects/scene3d/light.h"
+#include "effects/scene3d/lists.h"
 #include "effects/scene3d/matrix4.h"
 #include "effects/scene3d/picture_effect.h"
 #include "effects/scene3d/quad_face.h"
@@ -29,7 +30,7 @@ double SnapToPixel(double v);
 
 /// Lights, a view and the picture that faces are drawn on, one after the other, the far ones first. There is no
 /// depth buffer: a face is its part of a texture, darkened by its light and laid over what is there, all four
-/// channels. [one thread at a time]
+/// channels. Textures are not in the canvas's memory. [one thread at a time]
 class Scene3D {
 public:
     static constexpr std::uint32_t kTwoSided = 0x40; ///< back faces are drawn and lit
@@ -45,13 +46,15 @@ public:
     void SetViewMatrix(const Matrix4& view);
     void SetFlags(std::uint32_t flags) { m_flags = flags; }
     bool HasFlag(std::uint32_t mask) const { return (m_flags & mask) != 0; }
-    void SetAllocator(MemoryAllocator* allocator) { m_allocator = allocator; }
+    void SetAllocator(MemoryAllocator* allocator);
+
+    static constexpr std::size_t kMostLights = 8, kMostFilters = 8; ///< those beyond are not added
 
     /// Not owned, and counted once.
     void AddLight(const Light3D* light);
     void ClearLights() { m_lights.clear(); }
 
-    /// Run on each face's own picture, in the order in which they were added.
+    /// Run on a copy of each face's pixels, in the order in which they were added.
     void AddFilter(std::unique_ptr<PREffect> filter) { m_filters.push_back(std::move(filter)); }
     void ClearFilters() { m_filters.clear(); }
 
@@ -82,24 +85,39 @@ public:
     /// beyond an edge of the canvas, is left out, and true. `backOnly`: only if its back is seen.
     bool DrawFace(const QuadFace& face, std::uint32_t interpolation, bool backOnly);
 
-    const SceneCanvas* GetCanvas() const { return m_canvas.get(); }
+    /// Whether DrawFace gets as far as the face's pixels, if it draws backs where the scene is two-sided.
+    bool Shows(const QuadFace& face) const;
+
+    const SceneCanvas* GetCanvas() const;
     MemoryAllocator* GetAllocator() const { return m_allocator; }
     std::size_t GetLightCount() const { return m_lights.size(); }
     std::size_t GetFilterCount() const { return m_filters.size(); }
 
 private:
-    Vector3 FrameCorner(double x, double y) const;
-    void DrawPixels(const QuadFace& face, bool isBack, double light, const double quad[4][2],
-                    std::uint32_t interpolation);
+    /// A face on the canvas.
+    struct FaceView {
+        bool isBack;
+        bool isBeside; ///< beyond an edge with all corners
+        double light;
+        double quad[4][2]; ///< in the order of drawing
+    };
 
-    std::unique_ptr<SceneCanvas> m_canvas;
+    /// False for a face that is not valid or not to be seen.
+    bool Look(const QuadFace& face, bool backOnly, FaceView& view) const;
+
+    Vector3 FrameCorner(double x, double y) const;
+    bool TakeSpace(const FrameBuffer& texture, const SourceRect& rect, FrameBuffer& part);
+    bool MakePart(const FrameBuffer& texture, const SourceRect& rect, double light, FrameBuffer& part);
+
+    std::optional<SceneCanvas> m_canvas; // none before the first frame
     Matrix4 m_modelMatrix = Matrix4::Identity();
     Matrix4 m_viewMatrix = Matrix4::Identity();
     Matrix4 m_combinedMatrix = Matrix4::Identity(); // first the model's, then the view's
     std::uint32_t m_flags = 0;
-    std::vector<const Light3D*> m_lights;
-    std::vector<std::unique_ptr<PREffect>> m_filters;
+    FixedList<const Light3D*, kMostLights> m_lights;
+    FixedList<std::unique_ptr<PREffect>, kMostFilters> m_filters;
     MemoryAllocator* m_allocator = nullptr;
+    FrameBuffer m_space; // for the pixels of one face after the other; as large as the largest so far
 };
 
 } // namespace kelmora

@@ -170,8 +170,8 @@ GuardedPicture Over(const GuardedPicture& picture, const GuardedPicture& before)
     return over;
 }
 
-/// What a scene without a glow shows with each of its pieces missing, and with all from each one on. `left` begins with
-/// the output as it stood.
+/// What a scene without a glow shows without the faces that each of its blocks is for, without those of all blocks from
+/// each one on, and without any. `left` begins with the output as it stood.
 void AddScenesLeft(EffectClass which, const std::vector<float>& k, const VideoFrame& in,
                    const VideoFrame& second, std::vector<GuardedPicture>& left)
 {
@@ -182,11 +182,12 @@ void AddScenesLeft(EffectClass which, const std::vector<float>& k, const VideoFr
             ? reference::PizzaBoxes(in, &second, drawn, PizzaBoxesKnobs(k), moment, false)
             : reference::Confetti(in, &second, drawn, ConfettiKnobs(k), moment);
     };
+    draw({0.4, -1, -1, false});
     draw({0.4});
     const GuardedPicture whole = left.back();
-    for (int piece = 0;; ++piece) {
-        draw({0.4, -1, piece});
-        draw({0.4, piece, -1});
+    for (int block = 0;; ++block) {
+        draw({0.4, -1, block});
+        draw({0.4, block, -1});
         if (Equal(left.back(), whole))
             break;
     }

@@ -68,15 +68,15 @@ void Confetti(const VideoFrame& firstPicture, const VideoFrame* secondPicture, c
     Scene scene;
     scene.canvas = ReadRows(Rows(output));
     LayBackground(scene.canvas, t <= 0 ? first : second);
-    if (t > 0 && t < 1) {
+    if (t > 0 && t < 1 && moment.hasFaces) {
         Textures textures;
         const FrameBuffer& texture = textures.Add(first);
         scene.move = Matrix4::Perspective(6.0);
         scene.twoSided = true;
         const double ambient = RoundedToFloat(1 - Wide(knobs.shading));
         scene.ambient = ambient >= 0 && ambient <= 1 ? ambient : 0.0;
-        scene.facesWithMemory = moment.facesWithMemory;
-        scene.faceWithoutMemory = moment.faceWithoutMemory;
+        scene.blocksGiven = moment.blocksGiven;
+        scene.blockRefused = moment.blockRefused;
         const QuadMesh faces = LeavesOf(scene.canvas, first, second, texture, knobs).GetFacesAt(t);
         for (const std::size_t i : SortFacesByDepth(faces))
             DrawFace(scene, textures, faces.GetFace(i));

@@ -13,8 +13,9 @@ struct ConfettiKnobs {
 /// A frame, and what it has no memory for.
 struct TransitionMoment {
     double progress = 0;
-    int facesWithMemory = -1;   ///< so many faces, then none; below 0: all
-    int faceWithoutMemory = -1; ///< the number of one face
+    int blocksGiven = -1;  ///< so many blocks, then none; below 0: all
+    int blockRefused = -1; ///< the number of one block
+    bool hasFaces = true;  ///< false: no memory for the list of them
 };
 
 /// 3D Confetti, face by face, pixel by pixel, into `output`'s memory. The pictures are of its format.

@@ -70,7 +70,7 @@ BoxMotion MotionOf(const PizzaBoxesKnobs& knobs, bool bottomUp)
 QuadMesh FacesAt(double t, const QuadMesh& slices, const FrameBuffer& back, const BoxMotion& motion)
 {
     QuadMesh faces;
-    std::vector<QuadMesh> boxes = QuadMeshCreator().CreateBoxes(slices);
+    GrowingList<QuadMesh> boxes = QuadMeshCreator().CreateBoxes(slices);
     for (std::size_t i = 0; i < boxes.size(); ++i) {
         SetBackOfBox(boxes[i], &back, motion.horizontal);
         AnimateBox(boxes[i], static_cast<int>(i), static_cast<int>(boxes.size()), t, motion);
@@ -106,11 +106,11 @@ void PizzaBoxes(const VideoFrame& firstPicture, const VideoFrame* secondPicture,
             scene.move = Matrix4::Translation(0, 0, -Sine(t * std::numbers::pi) * 5 * Wide(knobs.depth))
                              .Then(scene.move);
         scene.ambient = 0.5;
-        scene.facesWithMemory = moment.facesWithMemory;
-        scene.faceWithoutMemory = moment.faceWithoutMemory;
+        scene.blocksGiven = moment.blocksGiven;
+        scene.blockRefused = moment.blockRefused;
         const QuadMesh faces = FacesAt(t, SlicesOf(scene.canvas, front, back, knobs), back,
                                        MotionOf(knobs, firstPicture.bottomUp != 0));
-        for (const std::size_t i : SortFacesByDepth(faces))
+        for (const std::size_t i : moment.hasFaces ? SortFacesByDepth(faces) : FaceOrder())
             DrawFace(scene, textures, faces.GetFace(i));
     }
     WriteRows(scene.canvas, Rows(output));

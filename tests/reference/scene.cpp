@@ -30,10 +30,18 @@ double WithoutDust(double v)
     return v < 0.0 && v + dust >= 0.0 ? 0.0 : v;
 }
 
-bool TakesMemory(Scene& scene)
+/// Faces as bright as their texture need no pixels of their own. The others share a block, which is given back for one
+/// of the larger width and the larger height when it does not do for the next face.
+bool TakesMemory(Scene& scene, const SourceRect& rect)
 {
-    const int number = scene.prepared++;
-    return number != scene.faceWithoutMemory && (scene.facesWithMemory < 0 || number < scene.facesWithMemory);
+    if (rect.width <= scene.heldWidth && rect.height <= scene.heldHeight)
+        return true;
+    const int number = scene.asked++;
+    const bool isGiven =
+        number != scene.blockRefused && (scene.blocksGiven < 0 || number < scene.blocksGiven);
+    scene.heldWidth = isGiven ? std::max(scene.heldWidth, rect.width) : 0;
+    scene.heldHeight = isGiven ? std::max(scene.heldHeight, rect.height) : 0;
+    return isGiven;
 }
 
 } // namespace
@@ -151,9 +159,12 @@ void DrawFace(Scene& scene, const Textures& textures, const QuadFace& face)
         return;
 
     const SourceRect rect = face.GetSourceRect(isBack);
-    if (rect.width < 1 || rect.height < 1 || !TakesMemory(scene))
+    if (rect.width < 1 || rect.height < 1)
         return;
     const Picture& texture = textures.Of(*face.GetTexture(isBack));
+    const bool isWhole = rect.x + rect.width <= texture.width && rect.y + rect.height <= texture.height;
+    if ((light < 1.0 || !isWhole) && !TakesMemory(scene, rect))
+        return;
     if (rect.x >= texture.width || rect.y >= texture.height)
         return;
     Picture part(rect.width, rect.height, texture.format);

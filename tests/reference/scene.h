@@ -51,10 +51,11 @@ struct Scene {
     Matrix4 move; ///< from the world to where it is seen
     bool twoSided = false;
     double ambient = 0;
-    int facesWithMemory = -1;   ///< so many faces can be prepared, then none; below 0: all
-    int faceWithoutMemory = -1; ///< the one face that cannot be prepared, of those that are in sight
+    int blocksGiven = -1;  ///< so many blocks of memory can be had, then none; below 0: all
+    int blockRefused = -1; ///< the one block that cannot be had
 
-    int prepared = 0; ///< faces in sight so far
+    int asked = 0;                     ///< blocks asked for so far
+    int heldWidth = 0, heldHeight = 0; ///< of the block that the last face left behind
 };
 
 /// Where a point of the world that was moved lies on the canvas, without the dust of rounding.

@@ -22,7 +22,7 @@ QuadMesh BoxAt(const Vector3& middle)
                     Add(middle, {-1.5, -2, 0}));
     QuadMesh mesh;
     mesh.AddFace(face);
-    return QuadMeshCreator().CreateBoxes(mesh).front();
+    return QuadMeshCreator().CreateBoxes(mesh)[0];
 }
 
 /// The top left corner of the front at `t`.
@@ -194,7 +194,7 @@ TEST(AnimateBox, ManyMotions_KeepTheSizeOfTheBox)
         motion.ebb = 1.0;
         QuadMesh box = BoxAt({0.3, -0.4, 0});
         AnimateBox(box, 1, 2, 0.3, motion);
-        const std::vector<Vector3> front = box.GetFace(0).corners;
+        const QuadFace::Corners front = box.GetFace(0).corners;
         EXPECT_NEAR(Subtract(front[1], front[0]).Length(), 3.0, kRounding);
         EXPECT_NEAR(Subtract(front[2], front[1]).Length(), 4.0, kRounding);
     }

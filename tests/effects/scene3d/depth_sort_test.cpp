@@ -34,6 +34,18 @@ Order BubbleSorted(std::vector<double> keys)
     return order;
 }
 
+Order Ordered(const std::vector<double>& keys)
+{
+    const FaceOrder order = OrderByKey(keys);
+    return {order.begin(), order.end()};
+}
+
+Order Sorted(const QuadMesh& mesh)
+{
+    const FaceOrder order = SortFacesByDepth(mesh);
+    return {order.begin(), order.end()};
+}
+
 QuadMesh MeshOfDepths(const std::vector<double>& depths)
 {
     QuadMesh mesh;
@@ -47,21 +59,21 @@ QuadMesh MeshOfDepths(const std::vector<double>& depths)
 
 TEST(DepthSort, OrderByKey_SmallestFirst)
 {
-    EXPECT_EQ(OrderByKey(std::vector<double>{3.0, -1.0, 2.0, 0.5}), (Order{1, 3, 2, 0}));
-    EXPECT_EQ(OrderByKey(std::vector<double>{}), Order{});
-    EXPECT_EQ(OrderByKey(std::vector<double>{7.0}), Order{0});
+    EXPECT_EQ(Ordered(std::vector<double>{3.0, -1.0, 2.0, 0.5}), (Order{1, 3, 2, 0}));
+    EXPECT_EQ(Ordered(std::vector<double>{}), Order{});
+    EXPECT_EQ(Ordered(std::vector<double>{7.0}), Order{0});
 }
 
 TEST(DepthSort, OrderByKey_EqualKeys_KeepTheirOrder)
 {
-    EXPECT_EQ(OrderByKey(std::vector<double>{1.0, 0.0, 1.0, -0.0, 1.0, 0.0}), (Order{1, 3, 5, 0, 2, 4}));
+    EXPECT_EQ(Ordered(std::vector<double>{1.0, 0.0, 1.0, -0.0, 1.0, 0.0}), (Order{1, 3, 5, 0, 2, 4}));
 }
 
 TEST(DepthSort, OrderByKey_WhatIsNoNumber_StandsStillAndParts)
 {
-    EXPECT_EQ(OrderByKey(std::vector<double>{3.0, 1.0, kNaN, 2.0, 0.0}), (Order{1, 0, 2, 4, 3}));
-    EXPECT_EQ(OrderByKey(std::vector<double>{kNaN, 2.0, 1.0, kNaN, kNaN}), (Order{0, 2, 1, 3, 4}));
-    EXPECT_EQ(OrderByKey(std::vector<double>{kNaN, kNaN}), (Order{0, 1}));
+    EXPECT_EQ(Ordered(std::vector<double>{3.0, 1.0, kNaN, 2.0, 0.0}), (Order{1, 0, 2, 4, 3}));
+    EXPECT_EQ(Ordered(std::vector<double>{kNaN, 2.0, 1.0, kNaN, kNaN}), (Order{0, 2, 1, 3, 4}));
+    EXPECT_EQ(Ordered(std::vector<double>{kNaN, kNaN}), (Order{0, 1}));
 }
 
 TEST(DepthSort, OrderByKey_AnyKeys_IsTheBubbleSort)
@@ -75,24 +87,24 @@ TEST(DepthSort, OrderByKey_AnyKeys_IsTheBubbleSort)
         const bool hasSpecial = below(2) == 0;
         for (double& key : keys)
             key = hasSpecial && below(4) == 0 ? special[below(6)] : below(values) - 3.5;
-        ASSERT_EQ(OrderByKey(keys), BubbleSorted(keys)) << "round " << round;
+        ASSERT_EQ(Ordered(keys), BubbleSorted(keys)) << "round " << round;
     }
 }
 
 TEST(DepthSort, SortFacesByDepth_TheFarthestFirst)
 {
-    EXPECT_EQ(SortFacesByDepth(MeshOfDepths({0.5, -2.0, 3.0, -1.0})), (Order{1, 3, 0, 2}));
+    EXPECT_EQ(Sorted(MeshOfDepths({0.5, -2.0, 3.0, -1.0})), (Order{1, 3, 0, 2}));
 }
 
 TEST(DepthSort, SortFacesByDepth_FewFaces_StandAsTheyAre)
 {
-    EXPECT_EQ(SortFacesByDepth(QuadMesh()), Order{});
-    EXPECT_EQ(SortFacesByDepth(MeshOfDepths({4.0})), Order{0});
+    EXPECT_EQ(Sorted(QuadMesh()), Order{});
+    EXPECT_EQ(Sorted(MeshOfDepths({4.0})), Order{0});
 }
 
 TEST(DepthSort, SortFacesByDepth_EqualDepths_KeepTheOrderOfTheMesh)
 {
-    EXPECT_EQ(SortFacesByDepth(MeshOfDepths({0.0, 0.0, -1.0, 0.0})), (Order{2, 0, 1, 3}));
+    EXPECT_EQ(Sorted(MeshOfDepths({0.0, 0.0, -1.0, 0.0})), (Order{2, 0, 1, 3}));
 }
 
 } // namespace

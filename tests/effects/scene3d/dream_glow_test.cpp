@@ -450,22 +450,137 @@ TEST(DreamGlow, NotANumber_IsGoneFromTheHazeAndHarmsNoneBeyondTheKernel)
 
 // --- memory -------------------------------------------------------------------------------------------
 
-TEST(DreamGlow, TheHaze_AsksForAScratchPictureOfItsSizeFirst)
+TEST(DreamGlow, TheHaze_AsksForTheRowsThatWaitFirst)
 {
-    for (const std::uint32_t format : kPictureFormats) {
-        FakeMemoryProvider memory;
-        {
-            MemoryAllocator allocator(&memory);
-            ApplyTo(Noisy(23, 19, format, 1), {5, 0.4f, 0.5f}, allocator);
+    // Of six taps three reach upward: the row in the middle waits for two more, and gives its place to the fourth.
+    for (const std::uint32_t format : kPictureFormats)
+        for (const auto& [height, waiting] : {std::pair{19, 4}, {3, 3}}) {
+            FakeMemoryProvider memory;
+            {
+                MemoryAllocator allocator(&memory);
+                ApplyTo(Noisy(23, height, format, 1), {5, 0.4f, 0.5f}, allocator);
+            }
+            ASSERT_FALSE(memory.Calls().empty());
+            const MemoryCall& first = memory.Calls().front();
+            EXPECT_EQ(first.kind, MemoryCall::AllocImage);
+            EXPECT_EQ(first.width, 23);
+            EXPECT_EQ(first.height, waiting);
+            EXPECT_EQ(first.pixelBytes, IsFloatFormat(format) ? 16 : 4);
+            EXPECT_EQ(memory.OpenBlocks(), 0u);
         }
-        ASSERT_FALSE(memory.Calls().empty());
-        const MemoryCall& first = memory.Calls().front();
-        EXPECT_EQ(first.kind, MemoryCall::AllocImage);
-        EXPECT_EQ(first.width, 23);
-        EXPECT_EQ(first.height, 19);
-        EXPECT_EQ(first.pixelBytes, IsFloatFormat(format) ? 16 : 4);
-        EXPECT_EQ(memory.OpenBlocks(), 0u);
-    }
+}
+
+/// Where a part lies in a picture.
+struct Place {
+    int x, y, width, height;
+};
+
+/// The part as it is when all of the picture glows, in pixels of its own.
+void ExpectPartOfTheWhole(const GuardedPicture& picture, const DreamGlow& glow, const Place& part)
+{
+    const GuardedPicture whole = picture;
+    ApplyTo(whole, glow);
+    const GuardedPicture result(part.width, part.height, picture.Format(), {.slack = 16});
+    const VideoFrame frame = picture.Frame(), resultFrame = result.Frame();
+    FrameBuffer from, to;
+    from.AttachFrame(&frame);
+    to.AttachFrame(&resultFrame);
+    MemoryAllocator memory;
+    const PRDreamGlowEffect effect(glow.radius, glow.shine, glow.fog, memory);
+    // Rows that run upward are counted in the order of memory.
+    const int y = picture.Layout().upward ? picture.Height() - part.y - part.height : part.y;
+    ASSERT_TRUE(effect.ApplyInto(from, part.x, part.y, to));
+    result.Check();
+    for (int row = 0; row < part.height; ++row)
+        for (int x = 0; x < part.width; ++x)
+            for (int c = 0; c < 4; ++c) {
+                const int wholeRow = picture.Layout().upward ? y + part.height - 1 - row : y + row;
+                if (IsFloatFormat(picture.Format())) {
+                    ASSERT_NEAR(static_cast<double>(result.Float(x, row, c)),
+                                static_cast<double>(whole.Float(part.x + x, wholeRow, c)),
+                                ErrorOf(picture, glow))
+                        << x << ", " << row;
+                } else {
+                    ASSERT_EQ(result.Byte(x, row, c), whole.Byte(part.x + x, wholeRow, c))
+                        << x << ", " << row;
+                }
+            }
+}
+
+TEST(DreamGlow, ApplyInto_AnyPart_IsThatOfTheWholePicture)
+{
+    const Place parts[] = {{0, 0, 41, 37}, {0, 0, 41, 12}, {0, 30, 41, 7}, {5, 0, 9, 37},
+                           {32, 0, 9, 37}, {13, 17, 3, 4}, {40, 36, 1, 1}, {0, 0, 2, 2}};
+    for (const std::uint32_t format : kPictureFormats)
+        for (const DreamGlow& glow : {DreamGlow{0, 0.0f, 0.5f},
+                                      {6, 0.4f, 0.5f},
+                                      {30, 0.0f, 0.9f},
+                                      {7, 0.4f, 0.0f},
+                                      {7, 0.0f, 0.0f},
+                                      {-1, 0.4f, 0.5f},
+                                      {32767, 0.4f, 0.5f}})
+            for (const bool upward : {false, true}) {
+                GuardedPicture picture =
+                    Noisy(41, 37, format, 8, Noise::Uniform, {.slack = 16, .shift = 4, .upward = upward});
+                picture.Freeze();
+                for (const Place& part : parts)
+                    ExpectPartOfTheWhole(picture, glow, part);
+            }
+}
+
+TEST(DreamGlow, ApplyInto_APictureWithoutAnInside_IsThatOfTheWholePicture)
+{
+    for (const std::uint32_t format : kPictureFormats)
+        for (const Place& part : {Place{0, 0, 4, 3}, {1, 1, 2, 2}, {3, 0, 1, 3}})
+            ExpectPartOfTheWhole(Noisy(4, 3, format, 8), {5, 0.4f, 0.5f}, part);
+}
+
+TEST(DreamGlow, ApplyInto_WhatIsNoPartOfSuchAPicture_IsRefused)
+{
+    const GuardedPicture picture = Noisy(9, 7, PF_BGRA8, 1), result = Noisy(4, 3, PF_BGRA8, 2),
+                         before = result;
+    const VideoFrame frame = picture.Frame();
+    FrameBuffer from;
+    from.AttachFrame(&frame);
+    MemoryAllocator memory;
+    const PRDreamGlowEffect effect(5, 0.4f, 0.5f, memory);
+    const auto apply = [&](int x, int y, std::uint32_t format) {
+        VideoFrame resultFrame = result.Frame();
+        resultFrame.format = format;
+        FrameBuffer to;
+        to.AttachFrame(&resultFrame);
+        return effect.ApplyInto(from, x, y, to);
+    };
+    EXPECT_FALSE(apply(-1, 0, PF_BGRA8));
+    EXPECT_FALSE(apply(0, -1, PF_BGRA8));
+    EXPECT_FALSE(apply(6, 0, PF_BGRA8));
+    EXPECT_FALSE(apply(0, 5, PF_BGRA8));
+    EXPECT_FALSE(apply(kLargest, kLargest, PF_BGRA8));
+    EXPECT_FALSE(apply(0, 0, PF_ARGB8));
+    EXPECT_FALSE(apply(0, 0, PF_Packed8));
+    EXPECT_TRUE(Equal(result, before));
+    EXPECT_TRUE(apply(5, 4, PF_BGRA8));
+}
+
+TEST(DreamGlow, ApplyInto_WithoutMemory_MakesTheGlowOfAnEmptyPicture)
+{
+    for (const std::uint32_t format : kPictureFormats)
+        for (const float shine : {0.0f, 0.6f}) {
+            MemoryHabits habits;
+            habits.refuseFrom = 0;
+            FakeMemoryProvider memory(habits);
+            const GuardedPicture picture = Noisy(23, 19, format, 5), result = Noisy(7, 5, format, 6);
+            reference::Picture expected = reference::Read(result);
+            std::fill(expected.values.begin(), expected.values.end(), 0.0);
+            reference::ApplyDreamGlow(expected, {0, shine, 0.0f});
+            const VideoFrame frame = picture.Frame(), resultFrame = result.Frame();
+            FrameBuffer from, to;
+            from.AttachFrame(&frame);
+            to.AttachFrame(&resultFrame);
+            MemoryAllocator allocator(&memory);
+            EXPECT_TRUE(PRDreamGlowEffect(5, shine, 0.5f, allocator).ApplyInto(from, 3, 4, to));
+            EXPECT_TRUE(reference::Matches(result, expected, 0.0, IsFloatFormat(format) ? kWaveError : 0.0));
+        }
 }
 
 /// What becomes of a picture whose haze fails: without a scratch picture nothing, with one it is emptied.

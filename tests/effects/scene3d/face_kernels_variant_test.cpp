@@ -30,8 +30,10 @@ TEST(FaceKernels, LightBytes_ChangesColoursAndKeepsWhatTheMaskCovers)
     ForEachRow(4, [](const FaceKernels& kernels, const GuardedPicture& row, int pixels) {
         for (const std::uint32_t mask : {kAlphaLast, kAlphaFirst})
             for (const float light : {0.0f, 0.25f, 0.5f, 0.9f}) {
-                const GuardedPicture lit = row;
-                kernels.lightBytes(lit.Row(0), pixels, light, mask);
+                const GuardedPicture lit = row, copied(pixels, 1, PF_BGRA8, {.guard = Guard::PageEnd});
+                kernels.lightBytes(lit.Row(0), lit.Row(0), pixels, light, mask);
+                kernels.lightBytes(row.Row(0), copied.Row(0), pixels, light, mask);
+                ASSERT_TRUE(Equal(copied, lit));
                 for (int x = 0; x < pixels; ++x)
                     for (int c = 0; c < 4; ++c) {
                         const std::uint8_t was = row.Byte(x, 0, c);
@@ -48,8 +50,10 @@ TEST(FaceKernels, LightFloats_MultipliesEachChannelByItsFactor)
 {
     ForEachRow(16, [](const FaceKernels& kernels, const GuardedPicture& row, int pixels) {
         constexpr float factors[4] = {0.5f, 0.25f, 1.0f, 3.0f};
-        const GuardedPicture lit = row;
-        kernels.lightFloats(lit.Row(0), pixels, factors);
+        const GuardedPicture lit = row, copied(pixels, 1, PF_BGRA32F, {.guard = Guard::PageEnd});
+        kernels.lightFloats(lit.Row(0), lit.Row(0), pixels, factors);
+        kernels.lightFloats(row.Row(0), copied.Row(0), pixels, factors);
+        ASSERT_TRUE(Equal(copied, lit));
         for (int x = 0; x < pixels; ++x)
             for (int c = 0; c < 4; ++c)
                 ASSERT_EQ(lit.Float(x, 0, c), row.Float(x, 0, c) * factors[c]) << x << " of " << pixels;
@@ -67,6 +71,32 @@ TEST(FaceKernels, SumLuma_AddsEachPixelsOwnTruncation)
         }
         ASSERT_EQ(kernels.sumLumaBgra(row.Row(0), pixels), bgra) << pixels;
         ASSERT_EQ(kernels.sumLumaArgb(row.Row(0), pixels), argb) << pixels;
+    });
+}
+
+TEST(FaceKernels, SumFloats_AddsPixelAfterPixelToEachRowsOwnSum)
+{
+    // Values of very different sizes: any other order of additions rounds otherwise.
+    ForEachRow(16, [](const FaceKernels& kernels, const GuardedPicture& row, int pixels) {
+        for (const bool argb : {false, true}) {
+            GuardedPicture other = row;
+            for (int x = 0; x < pixels; ++x)
+                other.SetFloat(x, 0, 1, row.Float(x, 0, 2) * (x % 3 == 0 ? 1e6f : 1e-3f));
+            const void* rows[FaceKernels::kSums];
+            float sums[FaceKernels::kSums], expected[FaceKernels::kSums];
+            for (int i = 0; i < FaceKernels::kSums; ++i) {
+                const GuardedPicture& picture = i % 2 == 0 ? row : other;
+                rows[i] = picture.Row(0);
+                sums[i] = expected[i] = static_cast<float>(i) * 0.3f;
+                for (int x = 0; x < pixels; ++x) {
+                    const auto value = [&](int c) { return picture.Float(x, 0, argb ? 3 - c : c); };
+                    expected[i] += 0.298f * value(2) + 0.586f * value(1) + 0.113f * value(0);
+                }
+            }
+            (argb ? kernels.sumFloatsArgb : kernels.sumFloatsBgra)(rows, pixels, sums);
+            for (int i = 0; i < FaceKernels::kSums; ++i)
+                ASSERT_EQ(sums[i], expected[i]) << i << " of " << pixels;
+        }
     });
 }
 

@@ -14,6 +14,13 @@
 namespace kelmora {
 namespace {
 
+GuardedPicture Noisy(std::int32_t width, std::int32_t height, std::uint32_t format)
+{
+    GuardedPicture picture(width, height, format);
+    picture.FillNoise(3);
+    return picture;
+}
+
 FrameBuffer ViewOf(const GuardedPicture& picture)
 {
     FrameBuffer view;
@@ -85,6 +92,25 @@ TEST(ApplyLight, EveryByteInEveryLight_IsTheRoundedProduct)
 }
 
 // 100 * 0.505 is 50.5, which goes up; 255 * 0.5 is 127.5.
+TEST(CopyLit, EveryFormat_IsTheLitCopyOfAnUntouchedPicture)
+{
+    for (const std::uint32_t format : kPictureFormats)
+        for (const double light : {0.0, 0.3, 0.505, 0.98 / 510.0, 0.9999999999}) {
+            GuardedPicture before(37, 5, format, {.slack = 16, .shift = 4});
+            before.FillNoise(4);
+            before.Freeze();
+            const GuardedPicture lit(before), copy(37, 5, format);
+            Light(lit, light);
+            const VideoFrame from = before.Frame(), to = copy.Frame();
+            FrameBuffer picture, result;
+            picture.AttachFrame(&from);
+            result.AttachFrame(&to);
+            CopyLit(picture, result, light);
+            EXPECT_TRUE(Equal(copy, lit)) << FormatName(format) << ", " << light;
+            before.Check();
+        }
+}
+
 TEST(ApplyLight, HandComputedBytes_ComeOut)
 {
     GuardedPicture picture(1, 1, PF_BGRA8);
@@ -319,6 +345,26 @@ TEST(AverageBrightness, NothingToSum_IsZero)
         view.Attach(picture.Row(0), 8, 6, picture.Stride(), 4, format, false);
         EXPECT_EQ(AverageBrightness(view, 0, 0, 8, 6), 0) << format;
     }
+}
+
+TEST(FindBrightness, ManyParts_AreWhatEachIsForItself)
+{
+    // Of all sizes, over the edges and beyond them, more than fit side by side.
+    const GuardedPicture pictures[] = {Noisy(50, 40, PF_BGRA32F), Noisy(41, 30, PF_ARGB32F),
+                                       Noisy(50, 40, PF_BGRA8), Noisy(9, 9, PF_Packed8)};
+    std::vector<FrameBuffer> views;
+    for (const GuardedPicture& picture : pictures)
+        views.push_back(ViewOf(picture));
+    std::vector<Brightness> parts;
+    for (int i = 0; i < 200; ++i)
+        parts.push_back({&views[static_cast<std::size_t>(i * 7 % 11 % 4)],
+                         {i * 13 % 60 - 4, i * 5 % 50 - 4, i * 17 % 23, i * 11 % 19}});
+    FindBrightness(parts);
+    for (const Brightness& found : parts) {
+        const SourceRect& part = found.part;
+        EXPECT_EQ(found.mean, AverageBrightness(*found.picture, part.x, part.y, part.width, part.height));
+    }
+    FindBrightness({});
 }
 
 TEST(AverageBrightness, FloatsBeyondTheScale_AreCutToIt)

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/effects/scene3d/near.h"
+#include "tests/support/failing_heap.h"
 
 namespace kelmora {
 namespace {
@@ -160,6 +161,40 @@ TEST(Leave3D, PlainSpin_InAnyDirection_IsARotation)
     }
 }
 
+std::vector<std::size_t> Numbers(const FaceOrder& order)
+{
+    return {order.begin(), order.end()};
+}
+
+TEST(Leave3D, FliesAt_FromItsStartUntilItsEndOrItsStop)
+{
+    Leave3D leaf(SquareAt({}), {1, 0, 0}, 0.0, 0.0, 0.25, 0.75, 0.0, 0.0);
+    for (const double t : {-1.0, 0.0, 0.2499, 0.75, 1.0, 7.0, kNaN})
+        EXPECT_FALSE(leaf.FliesAt(t)) << t;
+    for (const double t : {0.25, 0.5, 0.7499})
+        EXPECT_TRUE(leaf.FliesAt(t)) << t;
+    leaf.stopTime = 0.5;
+    EXPECT_TRUE(leaf.FliesAt(0.4999));
+    EXPECT_FALSE(leaf.FliesAt(0.5));
+    leaf.stopTime = -1.0;
+    EXPECT_FALSE(leaf.FliesAt(0.4));
+}
+
+TEST(LeaveSystem, WithoutMemory_ThereAreNoFacesAndNoOrder)
+{
+    LeaveSystem system;
+    ASSERT_TRUE(system.AddLeave(LeafTo({1, 0, 0})));
+    const QuadMesh faces = system.GetFacesAt(0.5);
+    bool hasFaces = true, hasOrder = true;
+    {
+        const FailingHeap scope(FailingHeap::kNever, 0);
+        hasFaces = system.GetFacesAt(0.5).GetFaceCount() != 0;
+        hasOrder = !system.GetDrawOrder(faces).empty();
+    }
+    EXPECT_FALSE(hasFaces);
+    EXPECT_FALSE(hasOrder);
+}
+
 TEST(LeaveSystem, GetFacesAt_LeavesOutWhatIsGone)
 {
     LeaveSystem system;
@@ -179,7 +214,7 @@ TEST(LeaveSystem, GetDrawOrder_GoesFromTheFarthestToTheNearest)
     LeaveSystem system;
     for (const double z : {0.5, -1.0, 2.0, -1.0})
         system.AddLeave(LeafTo({0, 0, 2.0 * z}));
-    EXPECT_EQ(system.GetDrawOrder(system.GetFacesAt(0.5)), (std::vector<std::size_t>{1, 3, 0, 2}));
+    EXPECT_EQ(Numbers(system.GetDrawOrder(system.GetFacesAt(0.5))), (std::vector<std::size_t>{1, 3, 0, 2}));
     EXPECT_TRUE(LeaveSystem().GetDrawOrder(LeaveSystem().GetFacesAt(0.5)).empty());
 }
 
@@ -190,7 +225,7 @@ TEST(LeaveSystem, GetDrawOrder_WithADepthLimit_LeavesOutTheLimitItself)
     for (const double z : {1.0, -1.0, 0.75, -0.75, 3.0, kNaN})
         faces.AddFace(SquareAt({0, 0, z}));
     system.depthLimit = 1.0;
-    EXPECT_EQ(system.GetDrawOrder(faces), (std::vector<std::size_t>{3, 2}));
+    EXPECT_EQ(Numbers(system.GetDrawOrder(faces)), (std::vector<std::size_t>{3, 2}));
     system.depthLimit = 0.0;
     EXPECT_EQ(system.GetDrawOrder(faces).size(), 6u);
 }

@@ -374,8 +374,10 @@ TEST(PizzaBoxes, Render_Spread_MovesTheBoxesApart)
 
 // --- the glow -------------------------------------------------------------------------------------------------
 
-/// Scratch pictures of a frame that are as large as the picture; the slices are smaller.
-int WholeScratchPictures(float fog, float shine, double progress)
+using Sizes = std::vector<std::pair<int, int>>;
+
+/// The first `most` scratch pictures of a frame of three slices.
+Sizes FirstScratchPictures(std::size_t most, float fog, float shine, double progress)
 {
     FakeMemoryProvider memory;
     Turn turn;
@@ -391,24 +393,38 @@ int WholeScratchPictures(float fog, float shine, double progress)
     moment.second = &second;
     moment.progress = progress;
     EXPECT_TRUE(Render(*NewEffect(kEffect), host, moment, in, out));
-    return static_cast<int>(
-        std::count_if(memory.Calls().begin(), memory.Calls().end(), [](const MemoryCall& call) {
-            return call.kind == MemoryCall::AllocImage && call.width == 40 && call.height == 30;
-        }));
+    Sizes sizes;
+    for (const MemoryCall& call : memory.Calls())
+        if (call.kind == MemoryCall::AllocImage && sizes.size() < most)
+            sizes.emplace_back(call.width, call.height);
+    return sizes;
 }
 
-TEST(PizzaBoxes, Render_WithoutFogAndShine_MakesNoCopies)
+TEST(PizzaBoxes, Render_WithoutFogAndShine_TakesSpaceForDimFacesAlone)
 {
-    EXPECT_EQ(WholeScratchPictures(0, 0, 0.5), 0);
-    EXPECT_EQ(WholeScratchPictures(-1, -1, 0.5), 0);
-    EXPECT_EQ(WholeScratchPictures(static_cast<float>(kNaN), 0, 0.5), 0);
+    // Rows 0 to 10, 10 to 20 and 20 to 29. One space does for them all.
+    const Sizes one = {{40, 11}};
+    EXPECT_EQ(FirstScratchPictures(9, 0, 0, 0.3), one);
+    EXPECT_EQ(FirstScratchPictures(9, -1, -1, 0.3), one);
+    EXPECT_EQ(FirstScratchPictures(9, static_cast<float>(kNaN), 0, 0.3), one);
 }
 
-TEST(PizzaBoxes, Render_ShineAlone_CopiesBothPicturesAndNoMore)
+TEST(PizzaBoxes, Render_AGlow_TakesThePartsThatAreSeenAndSpaceForOne)
 {
-    EXPECT_EQ(WholeScratchPictures(0, 0.5f, 0.5), 2);
-    EXPECT_EQ(WholeScratchPictures(0, 0.5f, 0.0), 2);
-    EXPECT_GE(WholeScratchPictures(0.5f, 0, 0.5), 3);
+    // Before the turn the fronts are seen, and between them the underside of the upper box and the upper side of the
+    // lower one, with the same parts. Shortly before the middle, at 81 degrees, the viewer is behind the planes of fronts
+    // and backs and sees sides alone, with the first picture. Behind the turn it is two sides and three backs.
+    const Sizes three = {{40, 10}, {40, 11}, {40, 11}},
+                five = {{40, 10}, {40, 10}, {40, 11}, {40, 11}, {40, 11}};
+    for (const auto& [progress, slices] : {std::pair{0.0, three}, {0.45, three}, {0.999999, five}})
+        for (const float fog : {0.0f, 0.5f}) {
+            Sizes taken = FirstScratchPictures(9, fog, 0.5f, progress);
+            ASSERT_EQ(taken.size(), slices.size() + 1) << progress;
+            EXPECT_EQ(taken.back().first, 40) << "for the pixels of dim faces";
+            taken.pop_back();
+            std::sort(taken.begin(), taken.end());
+            EXPECT_EQ(taken, slices) << progress;
+        }
 }
 
 TEST(PizzaBoxes, Render_Fog_RisesAndFalls)
@@ -445,7 +461,7 @@ TEST(PizzaBoxes, Render_NoMemoryForTheGlowsCopies_DropsTheGlow)
         turn.fog = 0.7f;
         turn.shine = 0.6f;
         EXPECT_FALSE(Equal(TurnOver(turn, in, second, 0.4), expected));
-        for (const std::uint64_t refused : {0u, 1u}) {
+        for (const std::uint64_t refused : {0u, 1u, 2u}) {
             MemoryHabits habits;
             habits.refuseOnly = refused;
             FakeMemoryProvider memory(habits);

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/effects/scene3d/near.h"
+#include "tests/support/failing_heap.h"
 
 namespace kelmora {
 namespace {
@@ -110,7 +111,8 @@ TEST(CreateGrid, OnePiece_IsTheWholeAreaExactly)
     const QuadMesh mesh = Create(GridOf(640, 480, 1, 1));
     ASSERT_EQ(mesh.GetFaceCount(), 1u);
     EXPECT_EQ(mesh.GetFace(0).frontRect, (TextureRect{0, 0, 1, 1}));
-    EXPECT_EQ(mesh.GetFace(0).corners, std::vector<Vector3>(kFrame.begin(), kFrame.end()));
+    for (std::size_t i = 0; i < 4; ++i)
+        EXPECT_EQ(mesh.GetFace(0).corners[i], kFrame[i]);
 }
 
 TEST(CreateGrid, Columns_EndOnWholePixelsAndShareThem)
@@ -261,7 +263,7 @@ TEST(CreateBoxes, TheSixSides_LookOutward)
     const auto boxes = QuadMeshCreator().CreateBoxes(Create(GridOf(5, 5, 1, 1)));
     const Vector3 outward[6] = {{0, 0, 1}, {1, 0, 0}, {0, 0, -1}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}};
     for (std::size_t i = 0; i < 6; ++i) {
-        const std::vector<Vector3> p = boxes[0].GetFace(i).GetCorners();
+        const QuadFace::Corners p = boxes[0].GetFace(i).GetCorners();
         ExpectNear(FaceNormal(p[0], p[3], p[1]), outward[i]);
     }
 }
@@ -290,6 +292,28 @@ TEST(CreateBoxes, TheSixSides_ShowWhatTheFaceShows)
         EXPECT_EQ(side.backRect, face.backRect);
         EXPECT_EQ(side.backOrientation, 1);
     }
+}
+
+TEST(QuadMeshCreator, WithoutMemory_ThereAreNoFacesAndNoBoxes)
+{
+    const QuadMesh grid = Create(GridOf(40, 30, 3, 1));
+    std::size_t faces = 1;
+    {
+        const FailingHeap scope(0);
+        faces = Create(GridOf(40, 30, 3, 1)).GetFaceCount();
+    }
+    EXPECT_EQ(faces, 0u);
+    std::uint64_t n = 0;
+    for (bool wasRefused = true; wasRefused; ++n) {
+        ASSERT_LT(n, 20u);
+        const FailingHeap scope(n);
+        const std::size_t boxes = QuadMeshCreator().CreateBoxes(grid).size();
+        wasRefused = scope.Refused() != 0;
+        if (boxes != (wasRefused ? 0 : 3)) {
+            FAIL() << boxes << " boxes without block " << n;
+        }
+    }
+    EXPECT_GE(n, 4u) << "a block for each box, and one for all";
 }
 
 TEST(CreateBoxes, FacesWithoutFourCorners_AreLeftOut)

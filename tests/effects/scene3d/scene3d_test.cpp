@@ -449,7 +449,7 @@ TEST(Scene3D, DrawFace_ThreeCorners_AreNone)
 {
     Stage stage;
     QuadFace face = stage.WholeFace();
-    face.corners.pop_back();
+    face.corners.resize(3);
     stage.scene.DrawFace(face, kCode, false);
     EXPECT_TRUE(stage.Untouched());
 }
@@ -559,24 +559,32 @@ TEST(Scene3D, DrawFace_MemoryRefused_LeavesTheFaceOut)
     FakeHost host;
     host.SetMemory(&provider);
     Stage stage;
+    const EvenLight dark(0.0);
     {
         MemoryAllocator memory(&host);
         stage.scene.SetAllocator(&memory);
-        EXPECT_TRUE(stage.scene.DrawFace(stage.WholeFace(), kCode, false));
-        EXPECT_TRUE(Equal(stage.out, stage.picture));
-        EXPECT_EQ(provider.OpenBlocks(), 0u);
+        stage.scene.AddLight(&dark);
+        GuardedPicture lit(9, 9, PF_BGRA8);
+        for (int y = 0; y < 9; ++y)
+            for (int x = 0; x < 9; ++x)
+                lit.SetByte(x, y, 3, stage.picture.Byte(x, y, 3));
+        QuadFace part = stage.WholeFace();
+        part.SetFrontRect(0, 0, 0.5, 0.5);
+        EXPECT_TRUE(stage.scene.DrawFace(part, kCode, false));
         const GuardedPicture cleared(9, 9, PF_BGRA8);
         stage.scene.FillBackground(0, true);
         EXPECT_TRUE(stage.scene.DrawFace(stage.WholeFace(), kCode, false));
         EXPECT_TRUE(Equal(stage.out, cleared));
+        EXPECT_EQ(provider.OpenBlocks(), 0u);
         EXPECT_TRUE(stage.scene.DrawFace(stage.WholeFace(), kCode, false));
-        EXPECT_TRUE(Equal(stage.out, stage.picture));
+        EXPECT_TRUE(Equal(stage.out, lit));
         stage.scene.EndFrame();
+        EXPECT_EQ(provider.OpenBlocks(), 0u);
     }
     EXPECT_EQ(provider.Refused(), 1u);
 }
 
-TEST(Scene3D, DrawFace_Scratch_IsExactlyTheSourceRectangle)
+TEST(Scene3D, DrawFace_InFullLight_TakesNoMemory)
 {
     FakeMemoryProvider provider;
     FakeHost host;
@@ -585,10 +593,70 @@ TEST(Scene3D, DrawFace_Scratch_IsExactlyTheSourceRectangle)
         Stage stage(17, 9, format);
         MemoryAllocator memory(&host);
         stage.scene.SetAllocator(&memory);
+        EXPECT_TRUE(stage.scene.DrawFace(stage.WholeFace(), kCode, false));
+        EXPECT_TRUE(Equal(stage.out, stage.picture));
+        stage.scene.EndFrame();
+    }
+    EXPECT_TRUE(provider.Calls().empty());
+}
+
+TEST(Scene3D, DrawFace_FaceAfterFace_TakesSpaceForTheWidestAndTheHighest)
+{
+    FakeMemoryProvider provider;
+    FakeHost host;
+    host.SetMemory(&provider);
+    Stage stage(17, 9);
+    const EvenLight half(0.5);
+    {
+        MemoryAllocator memory(&host);
+        stage.scene.SetAllocator(&memory);
+        stage.scene.AddLight(&half);
+        QuadFace face = stage.WholeFace();
+        std::vector<std::pair<int, int>> taken;
+        for (const auto& [u, v] :
+             {std::pair{0.25, 0.5}, {0.25, 0.25}, {0.5, 0.25}, {0.25, 0.5}, {0.0, 1.0}}) {
+            face.SetFrontRect(0, 0, u, v); // 16 u + 1 columns, 8 v + 1 rows
+            EXPECT_TRUE(stage.scene.DrawFace(face, kCode, false));
+            EXPECT_LE(provider.OpenBlocks(), 1u);
+        }
+        for (const MemoryCall& call : provider.Calls())
+            if (call.kind == MemoryCall::AllocImage)
+                taken.emplace_back(call.width, call.height);
+        EXPECT_EQ(taken, (std::vector<std::pair<int, int>>{{5, 5}, {9, 5}, {9, 9}}));
+        stage.scene.EndFrame();
+        EXPECT_EQ(provider.OpenBlocks(), 0u);
+    }
+}
+
+TEST(Scene3D, Lists_HoldEightLightsAndEightFilters)
+{
+    const std::vector<EvenLight> lights(9, EvenLight(0.5));
+    Scene3D scene;
+    int ended = 0;
+    for (const EvenLight& light : lights) {
+        scene.AddLight(&light);
+        scene.AddFilter(std::make_unique<TestFilter>([](FrameBuffer&) {}, &ended));
+    }
+    EXPECT_EQ(scene.GetLightCount(), 8u);
+    EXPECT_EQ(scene.GetFilterCount(), 8u);
+    EXPECT_EQ(ended, 1) << "the ninth";
+}
+
+TEST(Scene3D, DrawFace_Scratch_IsExactlyTheSourceRectangle)
+{
+    FakeMemoryProvider provider;
+    FakeHost host;
+    host.SetMemory(&provider);
+    const EvenLight half(0.5);
+    for (const std::uint32_t format : kPictureFormats) {
+        Stage stage(17, 9, format);
+        MemoryAllocator memory(&host);
+        stage.scene.SetAllocator(&memory);
+        stage.scene.AddLight(&half);
         QuadFace face = stage.WholeFace();
         face.SetFrontRect(0.25, 0, 0.5, 0.5); // columns 4 to 8, rows 0 to 4
         EXPECT_TRUE(stage.scene.DrawFace(face, kCode, false));
-        const MemoryCall& call = provider.Calls()[provider.Calls().size() - 2];
+        const MemoryCall& call = provider.Calls().back();
         EXPECT_EQ(call.kind, MemoryCall::AllocImage);
         EXPECT_EQ(call.width, 5);
         EXPECT_EQ(call.height, 5);
