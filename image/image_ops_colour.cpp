@@ -10,30 +10,12 @@
 #include "image/primitives/arithmetic.h"
 #include "image/primitives/byte_kernels.h"
 #include "image/primitives/colour.h"
-#include "image/primitives/detail/loose_float.h"
+#include "image/primitives/float_kernels.h"
 #include "image/primitives/hsv_kernels.h"
 #include "image/primitives/ycbcr.h"
 
 namespace kelmora {
 namespace {
-
-using px::LooseFloat;
-
-/// A channel in memory: floats may stand at any address.
-template <class P>
-using Stored = std::conditional_t<std::is_same_v<typename P::Channel, float>, LooseFloat, std::uint8_t>;
-
-/// Calls op(source pixel, destination pixel) for all pixels of the layout P.
-template <class P, class Op>
-void ForPixels(const FrameBuffer& src, FrameBuffer& dst, Size size, Op op)
-{
-    for (int y = 0; y < size.height; ++y) {
-        auto* from = reinterpret_cast<const Stored<P>*>(src.PixelAddress(0, y, 0));
-        auto* to = reinterpret_cast<Stored<P>*>(dst.PixelAddress(0, y, 0));
-        for (int x = 0; x < size.width; ++x, from += 4, to += 4)
-            op(from, to);
-    }
-}
 
 bool HoldPictures(const FrameBuffer& src, const FrameBuffer& dst, Size size)
 {
@@ -64,25 +46,22 @@ struct TintColour {
     }
 };
 
-double Luma(double r, double g, double b)
-{
-    return 0.298 * r + 0.586 * g + 0.113 * b;
-}
-
 template <class P>
 void TintFloats(const FrameBuffer& src, FrameBuffer& dst, Size size, TintColour colour)
 {
-    const double red = colour.red * kByteUnit, green = colour.green * kByteUnit,
-                 blue = colour.blue * kByteUnit;
-    ForPixels<P>(src, dst, size, [=](const LooseFloat* from, LooseFloat* to) {
-        const double uncut = Luma(static_cast<double>(from[P::r].v), static_cast<double>(from[P::g].v),
-                                  static_cast<double>(from[P::b].v));
-        const double luma = uncut > 1.0 ? 1.0 : uncut;
-        to[P::r] = static_cast<float>(luma * red);
-        to[P::g] = static_cast<float>(luma * green);
-        to[P::b] = static_cast<float>(luma * blue);
-        to[P::a] = static_cast<float>(luma * kByteUnit);
-    });
+    FloatTintRow row = {};
+    row.pixels = size.width;
+    row.red = colour.red * kByteUnit;
+    row.green = colour.green * kByteUnit;
+    row.blue = colour.blue * kByteUnit;
+    row.alpha = kByteUnit;
+    const FloatKernels& kernels = FloatKernelsFor(CurrentVariant());
+    const auto tint = P::a == 0 ? kernels.tintArgb : kernels.tintBgra;
+    for (int y = 0; y < size.height; ++y) {
+        row.src = src.PixelAddress(0, y, 0);
+        row.dst = dst.PixelAddress(0, y, 0);
+        tint(row);
+    }
 }
 
 template <class P>
@@ -141,11 +120,9 @@ ColorMatrix Adjustment(ImageOps& ops, bool floats, double contrast, double brigh
 
 void ClampRows(FrameBuffer& picture, Size size)
 {
-    for (int y = 0; y < size.height; ++y) {
-        auto* row = reinterpret_cast<LooseFloat*>(picture.PixelAddress(0, y, 0));
-        for (std::ptrdiff_t i = 0; i < 4 * static_cast<std::ptrdiff_t>(size.width); ++i)
-            row[i] = ClampLevel(row[i].v);
-    }
+    const auto clamp = FloatKernelsFor(CurrentVariant()).clamp;
+    for (int y = 0; y < size.height; ++y)
+        clamp(picture.PixelAddress(0, y, 0), 4 * size.width);
 }
 
 /// For pictures with alpha last.

@@ -12,6 +12,7 @@
 #include "image/primitives/cpu_variant.h"
 #include "image/primitives/detail/byte_product.h"
 #include "image/primitives/detail/loose_float.h"
+#include "image/primitives/float_kernels.h"
 #include "image/primitives/row_kernels.h"
 #include "image/primitives/set.h"
 
@@ -66,29 +67,6 @@ constexpr Conversion ConversionOf(std::uint32_t src, std::uint32_t dst)
 
 // --- alpha ----------------------------------------------------------------------------------------------
 
-template <class P>
-void OverFloatsPremultiplied(const LooseFloat* a, const LooseFloat* b, LooseFloat* out, int width)
-{
-    for (int x = 0; x < width; ++x, a += 4, b += 4, out += 4) {
-        const double t = 1.0 - static_cast<double>(a[P::a].v);
-        for (int c = 0; c < 4; ++c)
-            out[c] = static_cast<float>(t * static_cast<double>(b[c].v) + static_cast<double>(a[c].v));
-    }
-}
-
-template <class P>
-void OverFloatsStraight(const LooseFloat* a, const LooseFloat* b, LooseFloat* out, int width)
-{
-    for (int x = 0; x < width; ++x, a += 4, b += 4, out += 4) {
-        const double alpha = static_cast<double>(a[P::a].v);
-        const double t = (1.0 - alpha) * static_cast<double>(b[P::a].v);
-        for (const int c : {P::b, P::g, P::r})
-            out[c] =
-                static_cast<float>(static_cast<double>(a[c].v) * alpha + t * static_cast<double>(b[c].v));
-        out[P::a] = static_cast<float>(alpha + t);
-    }
-}
-
 template <class RowOp>
 void ForRows(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, Size size, RowOp op)
 {
@@ -96,20 +74,9 @@ void ForRows(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, Size 
         op(a.PixelAddress(0, y, 0), b.PixelAddress(0, y, 0), out.PixelAddress(0, y, 0), size.width);
 }
 
-template <class P>
-void OverFloats(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, Size size, bool premultiplied)
+void OverRows(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, Size size,
+              void (*over)(const OverRow&))
 {
-    for (int y = 0; y < size.height; ++y)
-        if (premultiplied)
-            OverFloatsPremultiplied<P>(ReadFloats(a, y), ReadFloats(b, y), WriteFloats(out, y), size.width);
-        else
-            OverFloatsStraight<P>(ReadFloats(a, y), ReadFloats(b, y), WriteFloats(out, y), size.width);
-}
-
-void OverArgb(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, Size size, bool premultiplied)
-{
-    const RowKernels& kernels = RowKernelsFor(CurrentVariant());
-    const auto over = premultiplied ? kernels.overArgbPremultiplied : kernels.overArgb;
     ForRows(a, b, out, size,
             [=](const std::uint8_t* first, const std::uint8_t* second, std::uint8_t* to, int width) {
                 over({first, second, to, width});
@@ -170,7 +137,6 @@ void Blend(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer& out, Size si
             });
 }
 
-/// The primitives of one type of pixel, and the region that they work on.
 /// Calls row(a, b) for the first values of every two rows.
 template <class RowWork>
 bool ForRows(const FrameBuffer& a, FrameBuffer& b, Size size, RowWork row)
@@ -205,11 +171,8 @@ bool MeanBytes(const FrameBuffer& a, FrameBuffer& b, Size size)
 
 bool MeanFloats(const FrameBuffer& a, FrameBuffer& b, Size size)
 {
-    const float halves[4] = {0.5f, 0.5f, 0.5f, 0.5f};
-    float* const to = Floats(b.GetPixels());
-    return pxAdd_32f_C4_I(Floats(a.GetPixels()), a.GetStride(), to, b.GetStride(), size.width, size.height)
-        == pxOk
-        && pxMulConst_32f_C4_I(halves, to, b.GetStride(), size.width, size.height) == pxOk;
+    const auto mean = FloatKernelsFor(CurrentVariant()).mean;
+    return ForRows(a, b, size, [&](const auto* from, auto* to) { mean(from, to, size.width * 4); });
 }
 
 } // namespace
@@ -293,15 +256,17 @@ bool ImageOps::AlphaOver(const FrameBuffer& a, const FrameBuffer& b, FrameBuffer
     const bool known = IsPicture(format) || a.GetPixelBytes() == 4;
     if (!known || !HoldAlike(a, b, size.width, bytes) || !HoldAlike(a, out, size.width, bytes))
         return false;
+    const RowKernels& rows = RowKernelsFor(CurrentVariant());
+    const FloatKernels& floats = FloatKernelsFor(CurrentVariant());
     switch (format) {
     case PF_BGRA32F:
-        OverFloats<Bgra32F>(a, b, out, size, premultiplied);
+        OverRows(a, b, out, size, premultiplied ? floats.overBgraPremultiplied : floats.overBgra);
         return true;
     case PF_ARGB32F:
-        OverFloats<Argb32F>(a, b, out, size, premultiplied);
+        OverRows(a, b, out, size, premultiplied ? floats.overArgbPremultiplied : floats.overArgb);
         return true;
     case PF_ARGB8:
-        OverArgb(a, b, out, size, premultiplied);
+        OverRows(a, b, out, size, premultiplied ? rows.overArgbPremultiplied : rows.overArgb);
         return true;
     default:
         // Steps of whole pixels, also where the stride is none.

@@ -1,12 +1,13 @@
 #include "image/image_ops.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "image/picture_check.h"
 #include "image/pixel_format.h"
+#include "image/primitives/byte_kernels.h"
 #include "image/primitives/channels.h"
 #include "image/primitives/copy.h"
+#include "image/primitives/float_kernels.h"
 
 namespace kelmora {
 namespace {
@@ -65,38 +66,11 @@ PxStatus CopyPixels(CopyKind kind, const std::uint8_t* src, int srcStep, std::ui
     return pxNullPointer;
 }
 
-bool ReverseBytes(const FrameBuffer& src, FrameBuffer& dst, Size size)
+template <class Reverse>
+bool ReverseRows(const FrameBuffer& src, FrameBuffer& dst, Size size, Reverse reverse)
 {
-    constexpr int order[4] = {3, 2, 1, 0};
-    if (src.GetPixels() == dst.GetPixels() && src.GetStride() == dst.GetStride())
-        return pxSwapChannels_8u_C4_I(dst.GetPixels(), dst.GetStride(), size.width, size.height, order)
-            == pxOk;
-    for (int y = 0; y < size.height; ++y) {
-        const std::uint8_t* from = src.PixelAddress(0, y, 0);
-        std::uint8_t* to = dst.PixelAddress(0, y, 0);
-        for (int x = 0; x < size.width; ++x, from += 4, to += 4) {
-            std::uint32_t pixel;
-            std::memcpy(&pixel, from, 4);
-            pixel = __builtin_bswap32(pixel);
-            std::memcpy(to, &pixel, 4);
-        }
-    }
-    return true;
-}
-
-bool ReverseFloats(const FrameBuffer& src, FrameBuffer& dst, Size size)
-{
-    for (int y = 0; y < size.height; ++y) {
-        const std::uint8_t* from = src.PixelAddress(0, y, 0);
-        std::uint8_t* to = dst.PixelAddress(0, y, 0);
-        for (int x = 0; x < size.width; ++x, from += 16, to += 16) {
-            std::uint32_t pixel[4];
-            std::memcpy(pixel, from, 16);
-            std::swap(pixel[0], pixel[3]);
-            std::swap(pixel[1], pixel[2]);
-            std::memcpy(to, pixel, 16);
-        }
-    }
+    for (int y = 0; y < size.height; ++y)
+        reverse(src.PixelAddress(0, y, 0), dst.PixelAddress(0, y, 0), size.width);
     return true;
 }
 
@@ -183,7 +157,9 @@ bool ImageOps::ReverseChannels(const FrameBuffer& src, FrameBuffer& dst)
     const int bytes = PixelBytesOf(src.GetFormat());
     if (!IsPicture(src.GetFormat()) || !Holds(src, size.width, bytes) || !Holds(dst, size.width, bytes))
         return false;
-    return IsFloat(src.GetFormat()) ? ReverseFloats(src, dst, size) : ReverseBytes(src, dst, size);
+    const CpuVariant variant = CurrentVariant();
+    return IsFloat(src.GetFormat()) ? ReverseRows(src, dst, size, FloatKernelsFor(variant).reverse)
+                                    : ReverseRows(src, dst, size, ByteKernelsFor(variant).reverse);
 }
 
 } // namespace kelmora

@@ -10,6 +10,7 @@
 #include "image/primitives/detail/loose_float.h"
 #include "image/primitives/detail/replicate.h"
 #include "image/primitives/filter.h"
+#include "image/primitives/filter_kernels.h"
 #include "image/primitives/pad.h"
 #include "image/scratch.h"
 #include "image/tent_filter.h"
@@ -135,10 +136,17 @@ void FilterArgbBytes(const Pointers& p, const FilterRegion& r, std::ptrdiff_t ta
 void FilterArgbFloats(const Pointers& p, const FilterRegion& r, std::ptrdiff_t tapStep, const float* kernel,
                       int kernelSize, int anchor, bool withAlpha)
 {
-    const auto* first =
-        reinterpret_cast<const px::LooseFloat*>(p.src + ForwardOffset(tapStep, kernelSize, anchor));
-    px::Convolve<px::C4, double>(first, p.srcStep, Loose(p.DstFloats()), p.dstStep, r.width, r.height, kernel,
-                                 kernelSize, tapStep, px::NarrowSum{});
+    FloatFilter filter = {};
+    filter.src = p.src + ForwardOffset(tapStep, kernelSize, anchor);
+    filter.srcStep = p.srcStep;
+    filter.tapStep = tapStep;
+    filter.weights = kernel;
+    filter.taps = kernelSize;
+    filter.dst = p.dst;
+    filter.dstStep = p.dstStep;
+    filter.count = 4 * static_cast<std::ptrdiff_t>(r.width);
+    filter.rows = r.height;
+    FilterKernelsFor(CurrentVariant()).floats(filter);
     if (!withAlpha)
         CopyAlpha(Loose(p.SrcFloats()), p.srcStep, Loose(p.DstFloats()), p.dstStep, r.width, r.height);
 }

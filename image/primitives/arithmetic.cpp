@@ -5,6 +5,7 @@
 #include "image/primitives/detail/loose_float.h"
 #include "image/primitives/detail/map.h"
 #include "image/primitives/detail/region.h"
+#include "image/primitives/float_kernels.h"
 
 namespace kelmora {
 namespace {
@@ -38,6 +39,17 @@ template <class L, class T, class Constant, class Op>
 PxStatus WithConstants(const Constant* consts, T* pixels, int step, int width, int height, Op op)
 {
     return WithConstants<L>(static_cast<const T*>(pixels), step, consts, pixels, step, width, height, op);
+}
+
+template <class L>
+PxStatus Add(const float* src, int srcStep, float* dst, int dstStep, int width, int height)
+{
+    if (const PxStatus status = CheckRegions<L, L>(src, srcStep, dst, dstStep, width, height))
+        return status;
+    const auto add = FloatKernelsFor(CurrentVariant()).add;
+    for (int y = 0; y < height; ++y)
+        add(Row(src, srcStep, y), Row(dst, dstStep, y), width * L::channels);
+    return pxOk;
 }
 
 template <class L>
@@ -99,7 +111,7 @@ PxStatus pxMulConst_32f_A3  (const float* s, int ss, const float k[3], float* d,
 PxStatus pxMulConst_32f_A3_I(const float k[3], float* p, int step, int w, int h)                       { return WithConstants<A3>(k, Loose(p), step, w, h, Times{}); }
 PxStatus pxMulConst_32f_C4_I(const float k[4], float* p, int step, int w, int h)                       { return WithConstants<C4>(k, Loose(p), step, w, h, Times{}); }
 
-PxStatus pxAdd_32f_C4_I(const float* s, int ss, float* d, int ds, int w, int h) { return Accumulate<C4>(Loose(s), ss, Loose(d), ds, w, h, Plus{}); }
+PxStatus pxAdd_32f_C4_I(const float* s, int ss, float* d, int ds, int w, int h) { return Add<C4>(s, ss, d, ds, w, h); }
 
 PxStatus pxMulConstScaled_8u_C1_I(u8 k, u8* p, int step, int w, int h)          { return MulScaled<C1>(&k, p, step, w, h); }
 PxStatus pxMulConstScaled_8u_C4_I(const u8 k[4], u8* p, int step, int w, int h) { return MulScaled<C4>(k, p, step, w, h); }

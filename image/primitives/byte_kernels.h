@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "image/primitives/cpu_variant.h"
@@ -7,6 +8,19 @@
 namespace kelmora {
 
 // Rows of plain byte operations. Rows may start at any address.
+
+/// One channel of a row of four-byte pixels. `src` and `dst` stand at that channel of their first pixels; what lies
+/// behind that of the last pixel is neither read nor written. `dst` may lie in the row of `src`.
+using ChannelRow = void (*)(const std::uint8_t* src, std::uint8_t* dst, int pixels);
+
+/// Means of the square neighbourhood, see pxBoxAverage_8u_C1. One or two values more on both sides are read, and so
+/// many rows above and below. `dst` overlaps nothing that is read.
+struct BoxRow {
+    const std::uint8_t* src;
+    std::ptrdiff_t srcStep; ///< bytes from row to row
+    std::uint8_t* dst;
+    int width;
+};
 
 /// Bytes of a row times the constants of their places, (p + (p >> 8) + 1) >> 8 of each product, in place.
 struct ScaleRow {
@@ -35,6 +49,14 @@ struct ByteKernels {
     void (*scale)(const ScaleRow&);
     /// dst = (src + dst) / 2, ties to even.
     void (*average)(const std::uint8_t* src, std::uint8_t* dst, int count);
+    /// Four-byte pixels: the last channel becomes the first, and so on. `dst` may be `src`.
+    void (*reverse)(const std::uint8_t* src, std::uint8_t* dst, int pixels);
+    ChannelRow copyChannel;
+    ChannelRow extractChannel; ///< `dst` gets one byte per pixel, and lies elsewhere
+    /// One channel of four-byte pixels, as ChannelRow says, becomes `value`.
+    void (*setChannel)(std::uint8_t value, std::uint8_t* dst, int pixels);
+    void (*box3x3)(const BoxRow&);
+    void (*box5x5)(const BoxRow&);
     void (*tintAlphaLast)(const TintRow&);
     void (*tintAlphaFirst)(const TintRow&);
     /// See pxYCbCr422ToRGB. Whole blocks of pixels from the first one on; returns how many pixels that made, an

@@ -54,6 +54,149 @@ void AverageRow(const uint8_t* src, uint8_t* dst, int count)
         });
 }
 
+// --- channels -------------------------------------------------------------------------------------------
+
+void ReverseRow(const uint8_t* src, uint8_t* dst, int pixels)
+{
+    MapRow(
+        src, dst, static_cast<ptrdiff_t>(pixels) * 4,
+        [](U32 v) __attribute__((always_inline)) { return Reversed(v); });
+}
+
+/// Calls whole(at) for vectors of pixels, by their first bytes, and one(x) for the pixels that are left: the last one
+/// among them, of which only the first byte counts.
+template <class Whole, class One>
+KELMORA_INLINE void ForChannel(int pixels, Whole whole, One one)
+{
+    int x = 0;
+    for (; x + kPixels < pixels; x += kPixels)
+        whole(static_cast<ptrdiff_t>(x) * 4);
+    for (; x < pixels; ++x)
+        one(static_cast<ptrdiff_t>(x) * 4);
+}
+
+KELMORA_INLINE void StoreFirstBytes(uint8_t* to, U32 v)
+{
+    Store(to, (Load<U32>(to) & 0xFFFFFF00u) | v);
+}
+
+void CopyChannel(const uint8_t* src, uint8_t* dst, int pixels)
+{
+    ForChannel(
+        pixels, [=](ptrdiff_t at) { StoreFirstBytes(dst + at, Load<U32>(src + at) & 0xFFu); },
+        [=](ptrdiff_t at) { dst[at] = src[at]; });
+}
+
+void SetChannel(uint8_t value, uint8_t* dst, int pixels)
+{
+    const U32 values = U32{} + value;
+    ForChannel(
+        pixels, [=](ptrdiff_t at) { StoreFirstBytes(dst + at, values); },
+        [=](ptrdiff_t at) { dst[at] = value; });
+}
+
+void ExtractChannel(const uint8_t* src, uint8_t* dst, int pixels)
+{
+    int x = 0;
+    for (; x + kVectorBytes < pixels; x += kVectorBytes) {
+        const uint8_t* const from = src + static_cast<ptrdiff_t>(x) * 4;
+        const auto bytes = [=](int vector) __attribute__((always_inline))
+        {
+            return (I32)(Load<U32>(from + vector * kVectorBytes) & 0xFFu);
+        };
+        const U8 v = Pack(Pack(bytes(0), bytes(1)), Pack(bytes(2), bytes(3)));
+        Store(dst + x, FromLaneOrder((U32)v));
+    }
+    for (; x < pixels; ++x)
+        dst[x] = src[static_cast<ptrdiff_t>(x) * 4];
+}
+
+// --- boxes ----------------------------------------------------------------------------------------------
+
+typedef uint64_t Quads __attribute__((vector_size(kVectorBytes), may_alias));
+
+template <int... i>
+KELMORA_INLINE Quads ToHalves(Quads v, Indices<i...>)
+{
+    return __builtin_shufflevector(v, v, (i % 2 * kLanes + i / 2)...);
+}
+
+template <int... i>
+KELMORA_INLINE Quads FromHalves(Quads v, Indices<i...>)
+{
+    return __builtin_shufflevector(v, v, (i % kLanes * 2 + i / kLanes)...);
+}
+
+using EachQuad = MakeIndices<kVectorBytes / 8>::type;
+
+/// (sum + bias) * factor >> (16 + shift) of the values of (2 * reach + 1) squared.
+template <int reach, int bias, int factor, int shift>
+struct Box {
+    static constexpr int kValues = 512;
+
+    uint16_t columns[kValues + 2 * reach] = {};
+
+    /// The sums of `count` columns from that of `src` on; whole vectors lie in the picture.
+    KELMORA_METHOD void SumColumns(const uint8_t* src, ptrdiff_t step, int count)
+    {
+        int i = 0;
+        for (; i + kVectorBytes <= count; i += kVectorBytes) {
+            I16 low = {}, high = {};
+            for (int r = -reach; r <= reach; ++r) {
+                const U8 v = (U8)ToHalves(Load<Quads>(src + i + r * step), EachQuad{});
+                low += WidenLow(v);
+                high += WidenHigh(v);
+            }
+            Store(columns + i, low);
+            Store(columns + i + kVectorBytes / 2, high);
+        }
+        for (; i < count; ++i) {
+            int sum = 0;
+            for (int r = -reach; r <= reach; ++r)
+                sum += src[i + r * step];
+            columns[i] = static_cast<uint16_t>(sum);
+        }
+    }
+
+    /// Half a vector of means, as words.
+    KELMORA_METHOD I16 Means(int first) const
+    {
+        U16 sum = U16{} + static_cast<uint16_t>(bias);
+        for (int c = 0; c <= 2 * reach; ++c)
+            sum += Load<U16>(columns + first + c);
+        return (I16)(MulHigh(sum, U16{} + static_cast<uint16_t>(factor)) >> shift);
+    }
+
+    KELMORA_METHOD Quads Vector(int first) const
+    {
+        return FromHalves((Quads)Pack(Means(first), Means(first + kVectorBytes / 2)), EachQuad{});
+    }
+};
+
+template <class B, int reach>
+KELMORA_INLINE void BoxAverage(const BoxRow& row)
+{
+    B box;
+    for (int first = 0; first < row.width; first += B::kValues) {
+        const int count = row.width - first < B::kValues ? row.width - first : B::kValues;
+        box.SumColumns(row.src + first - reach, row.srcStep, count + 2 * reach);
+        uint8_t* const to = row.dst + first;
+        ForVectors(
+            count, [&](ptrdiff_t at) { Store(to + at, box.Vector(static_cast<int>(at))); },
+            [&](ptrdiff_t at, int rest) { StorePart(to + at, box.Vector(static_cast<int>(at)), rest); });
+    }
+}
+
+void Box3x3(const BoxRow& row)
+{
+    BoxAverage<Box<1, 5, 455 << 4, 0>, 1>(row);
+}
+
+void Box5x5(const BoxRow& row)
+{
+    BoxAverage<Box<2, 13, 10485, 2>, 2>(row);
+}
+
 // --- tint -----------------------------------------------------------------------------------------------
 
 /// Two words as every element.
@@ -202,7 +345,8 @@ int YCbCr422ToRgb(const uint8_t* src, uint8_t* dst, int pixels)
 } // namespace
 
 extern const ByteKernels kByteKernels;
-const ByteKernels kByteKernels = {PremultiplyRow, ScaleBytes,     AverageRow,
-                                  TintAlphaLast,  TintAlphaFirst, YCbCr422ToRgb};
+const ByteKernels kByteKernels = {PremultiplyRow, ScaleBytes,     AverageRow,     ReverseRow,
+                                  CopyChannel,    ExtractChannel, SetChannel,     Box3x3,
+                                  Box5x5,         TintAlphaLast,  TintAlphaFirst, YCbCr422ToRgb};
 
 } // namespace kelmora::KELMORA_VARIANT

@@ -1,8 +1,10 @@
 #include "image/primitives/channels.h"
 
+#include "image/primitives/byte_kernels.h"
 #include "image/primitives/detail/layout.h"
 #include "image/primitives/detail/loose_float.h"
 #include "image/primitives/detail/region.h"
+#include "image/primitives/float_kernels.h"
 
 namespace kelmora {
 namespace {
@@ -16,14 +18,30 @@ void MoveRow(const T* src, T* dst, int width)
         dst[x * dstChannels] = src[x * srcChannels];
 }
 
+/// The loop for one row.
+template <class S, class D, class T>
+auto RowMover()
+{
+    constexpr bool bytes = sizeof(T) == 1, toColour = D::channels == 4;
+    if constexpr (S::channels == 1 || (!bytes && toColour))
+        return MoveRow<S::channels, D::channels, T>; // waits for memory as any other would
+    else if constexpr (bytes && toColour)
+        return ByteKernelsFor(CurrentVariant()).copyChannel;
+    else if constexpr (bytes)
+        return ByteKernelsFor(CurrentVariant()).extractChannel;
+    else
+        return FloatKernelsFor(CurrentVariant()).extractChannel;
+}
+
 /// One value per pixel from a region of layout S into a region of layout D.
 template <class S, class D, class T>
 PxStatus Move(const T* src, int srcStep, T* dst, int dstStep, int width, int height)
 {
     if (const PxStatus status = CheckRegions<S, D>(src, srcStep, dst, dstStep, width, height))
         return status;
+    const auto move = RowMover<S, D, T>();
     for (int y = 0; y < height; ++y)
-        MoveRow<S::channels, D::channels>(Row(src, srcStep, y), Row(dst, dstStep, y), width);
+        move(Row(src, srcStep, y), Row(dst, dstStep, y), width);
     return pxOk;
 }
 

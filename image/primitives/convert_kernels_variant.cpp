@@ -2,19 +2,13 @@
 
 #include "image/primitives/convert_kernels.h"
 #include "image/primitives/detail/byte_levels.h"
+#include "image/primitives/detail/simd_bytes.h"
 
 namespace kelmora::KELMORA_VARIANT {
 namespace {
 
 /// kPixels pixels of bytes become four vectors of floats.
 constexpr int kStrip = 4 * kVectorBytes;
-
-KELMORA_INLINE U32 Reversed(U32 pixels)
-{
-    const U16 words = (U16)pixels;
-    const U32 swapped = (U32)(U16)(words << 8 | words >> 8);
-    return swapped << 16 | swapped >> 16;
-}
 
 template <bool reverses>
 KELMORA_INLINE void ToLevels(U32 pixels, F32 (&levels)[4])

@@ -5,7 +5,6 @@
 #include <cstdlib>
 
 #include "image/primitives/detail/convolve.h"
-#include "image/primitives/detail/loose_float.h"
 #include "image/primitives/filter_kernels.h"
 
 namespace kelmora {
@@ -42,6 +41,13 @@ template <class T>
 const T* FirstTap(const T* src, std::ptrdiff_t tapStep, int anchor)
 {
     return reinterpret_cast<const T*>(reinterpret_cast<const unsigned char*>(src) - tapStep * anchor);
+}
+
+/// Values of a row, but for a last one that is left alone: it must not be read either.
+template <class L>
+std::ptrdiff_t ValuesOf(int width)
+{
+    return static_cast<std::ptrdiff_t>(width) * L::channels - (L::channels - L::touched);
 }
 
 constexpr int kMostTaps = 512; ///< of the kernels that the vector loops serve
@@ -97,7 +103,7 @@ bool FilterInVectors(const u8* src, int srcStep, u8* dst, int dstStep, int width
     row.tapStep = tapStep;
     row.weights = weights;
     row.taps = kernelSize;
-    row.count = static_cast<std::ptrdiff_t>(width) * L::channels - (L::channels - L::touched);
+    row.count = ValuesOf<L>(width);
     row.keepsFourth = !L::whole;
     for (int y = 0; y < height; ++y) {
         row.src = Row(src, srcStep, y);
@@ -133,9 +139,18 @@ PxStatus Filter(const float* src, int srcStep, float* dst, int dstStep, int widt
     if (const PxStatus status =
             CheckFilter<L>(src, srcStep, dst, dstStep, width, height, kernel, kernelSize, anchor))
         return status;
-    const std::ptrdiff_t tapStep = TapStep<along, L, float>(srcStep);
-    Convolve<L, double>(FirstTap(Loose(src), tapStep, anchor), srcStep, Loose(dst), dstStep, width, height,
-                        kernel, kernelSize, tapStep, NarrowSum{});
+    FloatFilter filter = {};
+    filter.tapStep = TapStep<along, L, float>(srcStep);
+    filter.src = FirstTap(src, filter.tapStep, anchor);
+    filter.srcStep = srcStep;
+    filter.weights = kernel;
+    filter.taps = kernelSize;
+    filter.dst = dst;
+    filter.dstStep = dstStep;
+    filter.count = ValuesOf<L>(width);
+    filter.rows = height;
+    filter.keepsFourth = !L::whole;
+    FilterKernelsFor(CurrentVariant()).floats(filter);
     return pxOk;
 }
 

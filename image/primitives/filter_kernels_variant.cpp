@@ -1,4 +1,4 @@
-// Filters of bytes with any kernel, compiled once per instruction set: see detail/simd.h for what that forbids.
+// Filters with any kernel, compiled once per instruction set: see detail/simd.h for what that forbids.
 
 #include "image/primitives/detail/simd_bytes.h"
 #include "image/primitives/filter_kernels.h"
@@ -159,9 +159,195 @@ void FilterAny(const FilterRow& row)
     }
 }
 
+// --- floats ---------------------------------------------------------------------------------------------
+
+/// The sums of a vector's values.
+struct FloatSums {
+    WideFloats sums = {};
+
+    KELMORA_METHOD void Add(const WideFloats& tap, double weight)
+    {
+        sums.low += tap.low * weight;
+        sums.high += tap.high * weight;
+    }
+
+    KELMORA_METHOD void StoreTo(uint8_t* to, bool keepsFourth) const
+    {
+        U32 v = (U32)Narrow(sums);
+        if (keepsFourth) {
+            U32 fourth = {};
+            for (int i = 3; i < kPixels; i += 4)
+                fourth[i] = 0xFFFFFFFFu;
+            v = (v & ~fourth) | (Load<U32>(to) & fourth);
+        }
+        Store(to, v);
+    }
+};
+
+/// The taps of a row's values, as floats in the picture.
+struct FloatTaps {
+    const uint8_t* first; ///< of the first value
+    ptrdiff_t step;       ///< bytes
+
+    /// Of the vector that begins with a value.
+    KELMORA_METHOD WideFloats At(ptrdiff_t value, ptrdiff_t tap) const
+    {
+        const uint8_t* const from = first + value * 4 + tap * step;
+        return {LoadFloatsAsDoubles(from), LoadFloatsAsDoubles(from + kVectorBytes / 2)};
+    }
+};
+
+/// As doubles beside the picture: a row filter meets each value once for every tap.
+struct DoubleTaps {
+    const double* first;
+    ptrdiff_t step; ///< values
+
+    KELMORA_METHOD WideFloats At(ptrdiff_t value, ptrdiff_t tap) const
+    {
+        const double* const from = first + value + tap * step;
+        return {Load<F64>(from), Load<F64>(from + kPixels / 2)};
+    }
+};
+
+/// So many vectors of a row.
+template <int vectors, class Taps>
+KELMORA_INLINE void FilterSideBySide(const FloatFilter& filter, const Taps& taps, ptrdiff_t value,
+                                     uint8_t* dst)
+{
+    FloatSums sums[vectors];
+    for (int j = 0; j < filter.taps; ++j) {
+        const auto weight = static_cast<double>(filter.weights[j]);
+        for (int v = 0; v < vectors; ++v)
+            sums[v].Add(taps.At(value + v * kPixels, j), weight);
+    }
+    for (int v = 0; v < vectors; ++v)
+        sums[v].StoreTo(dst + 4 * value + v * kVectorBytes, filter.keepsFourth);
+}
+
+/// The whole vectors among a row's values; returns how many values they have.
+template <class Taps>
+KELMORA_INLINE ptrdiff_t FilterVectors(const FloatFilter& filter, const Taps& taps, uint8_t* dst,
+                                       ptrdiff_t values)
+{
+    constexpr int several = 4;
+    ptrdiff_t done = 0;
+    for (; done + several * kPixels <= values; done += several * kPixels)
+        FilterSideBySide<several>(filter, taps, done, dst);
+    for (; done + kPixels <= values; done += kPixels)
+        FilterSideBySide<1>(filter, taps, done, dst);
+    return done;
+}
+
+/// One by one from the value `first` on: what fills no vector.
+KELMORA_INLINE void FilterRest(const FloatFilter& filter, const uint8_t* src, uint8_t* dst, ptrdiff_t first)
+{
+    for (ptrdiff_t i = first; i < filter.count; ++i) {
+        if (filter.keepsFourth && i % 4 == 3)
+            continue;
+        double sum = 0.0;
+        for (int j = 0; j < filter.taps; ++j)
+            sum += static_cast<double>(filter.weights[j])
+                * static_cast<double>(Load<float>(src + 4 * i + j * filter.tapStep));
+        Store(dst + 4 * i, static_cast<float>(sum));
+    }
+}
+
+constexpr ptrdiff_t kStretch = 896; ///< doubles that a row filter holds at once
+
+void FilterFloatRow(const FloatFilter& filter, const uint8_t* src, uint8_t* dst)
+{
+    const ptrdiff_t done = FilterVectors(filter, FloatTaps{src, filter.tapStep}, dst, filter.count);
+    FilterRest(filter, src, dst, done);
+}
+
+/// For taps that are whole values and less than half a stretch apart.
+void FilterNearbyFloats(const FloatFilter& filter, const uint8_t* src, uint8_t* dst)
+{
+    alignas(kVectorBytes) double stretch[kStretch];
+    const ptrdiff_t step = filter.tapStep / 4, span = step * (filter.taps - 1);
+    const ptrdiff_t before = span < 0 ? -span : 0, around = span < 0 ? -span : span;
+    const ptrdiff_t most = (kStretch - around) / kPixels * kPixels;
+    ptrdiff_t first = 0;
+    while (filter.count - first >= kPixels) {
+        const ptrdiff_t left = filter.count - first, values = left < most ? left : most;
+        const uint8_t* const from = src + 4 * (first - before);
+        const ptrdiff_t held = values + around;
+        ptrdiff_t i = 0;
+        for (; i + kPixels / 2 <= held; i += kPixels / 2)
+            Store(stretch + i, LoadFloatsAsDoubles(from + 4 * i));
+        for (; i < held; ++i)
+            stretch[i] = static_cast<double>(Load<float>(from + 4 * i));
+        first += FilterVectors(filter, DoubleTaps{stretch + before, step}, dst + 4 * first, values);
+    }
+    FilterRest(filter, src, dst, first);
+}
+
+/// Rows of a column filter that are summed at once: what is a tap of one is the next tap of the row before.
+constexpr int kTogether = 4;
+
+/// A vector of kTogether rows, which are counted as the taps run: the row r's tap j is the first one's tap j + r.
+/// There are at least kTogether taps.
+KELMORA_INLINE void FilterBelowEachOther(const FloatFilter& filter, const FloatTaps& taps, ptrdiff_t value,
+                                         uint8_t* dst, ptrdiff_t dstStep)
+{
+    constexpr int last = kTogether - 1;
+    FloatSums sums[kTogether];
+    const auto addTo = [&](int firstRow, int lastRow, int place) __attribute__((always_inline))
+    {
+        const WideFloats tap = taps.At(value, place);
+        for (int r = firstRow; r <= lastRow; ++r)
+            sums[r].Add(tap, static_cast<double>(filter.weights[place - r]));
+    };
+    for (int i = 0; i < last; ++i)
+        addTo(0, i, i);
+    for (int place = last; place < filter.taps; ++place)
+        addTo(0, last, place);
+    for (int i = 0; i < last; ++i)
+        addTo(i + 1, last, filter.taps + i);
+    for (int r = 0; r < kTogether; ++r)
+        sums[r].StoreTo(dst + 4 * value + r * dstStep, filter.keepsFourth);
+}
+
+/// kTogether rows of a column filter, of which `src` and `dst` are the first.
+void FilterFloatRows(const FloatFilter& filter, const uint8_t* src, uint8_t* dst)
+{
+    const bool upward = filter.tapStep < 0;
+    const FloatTaps taps = {upward ? src + (kTogether - 1) * filter.srcStep : src, filter.tapStep};
+    uint8_t* const to = upward ? dst + (kTogether - 1) * filter.dstStep : dst;
+    const ptrdiff_t dstStep = upward ? -filter.dstStep : filter.dstStep;
+    ptrdiff_t done = 0;
+    for (; done + kPixels <= filter.count; done += kPixels)
+        FilterBelowEachOther(filter, taps, done, to, dstStep);
+    for (int y = 0; y < kTogether; ++y)
+        FilterRest(filter, src + y * filter.srcStep, dst + y * filter.dstStep, done);
+}
+
+/// Whether a row's taps lie near enough to each other to be held.
+KELMORA_INLINE bool AreNearby(const FloatFilter& filter)
+{
+    const ptrdiff_t step = filter.tapStep < 0 ? -filter.tapStep : filter.tapStep;
+    const int64_t span = static_cast<int64_t>(step / 4) * (filter.taps - 1);
+    return step % 4 == 0 && span <= kStretch / 2;
+}
+
+void FilterFloats(const FloatFilter& given)
+{
+    const FloatFilter filter = given; // stores could change it for all that the compiler knows
+    const auto* src = static_cast<const uint8_t*>(filter.src);
+    auto* dst = static_cast<uint8_t*>(filter.dst);
+    const bool isColumn = filter.tapStep == filter.srcStep || filter.tapStep == -filter.srcStep;
+    const auto row = !isColumn && AreNearby(filter) ? FilterNearbyFloats : FilterFloatRow;
+    int y = 0;
+    if (isColumn && filter.taps >= kTogether)
+        for (; y + kTogether <= filter.rows; y += kTogether)
+            FilterFloatRows(filter, src + y * filter.srcStep, dst + y * filter.dstStep);
+    for (; y < filter.rows; ++y)
+        row(filter, src + y * filter.srcStep, dst + y * filter.dstStep);
+}
+
 } // namespace
 
 extern const FilterKernels kFilterKernels;
-const FilterKernels kFilterKernels = {FilterAny<NarrowSums>, FilterAny<WideSums>};
+const FilterKernels kFilterKernels = {FilterAny<NarrowSums>, FilterAny<WideSums>, FilterFloats};
 
 } // namespace kelmora::KELMORA_VARIANT

@@ -2,6 +2,7 @@
 
 #include "image/primitives/detail/byte_levels.h"
 #include "image/primitives/detail/hsv_bytes.h"
+#include "image/primitives/detail/simd_strips.h"
 #include "image/primitives/hsv_kernels.h"
 
 namespace kelmora::KELMORA_VARIANT {
@@ -178,29 +179,8 @@ KELMORA_INLINE void ChangeInterleaved(F32 (&v)[4])
 template <class Op>
 void FloatRow(const void* src, void* dst, int pixels)
 {
-    const auto* from = static_cast<const uint8_t*>(src);
-    auto* to = static_cast<uint8_t*>(dst);
-    constexpr int strip = 4 * kVectorBytes;
-    const ptrdiff_t bytes = static_cast<ptrdiff_t>(pixels) * 16;
-    const bool streams = from != to && CanStream(to, bytes);
-    ptrdiff_t at = 0;
-    for (; at + strip <= bytes; at += strip) {
-        F32 v[4];
-        for (int i = 0; i < 4; ++i)
-            v[i] = Load<F32>(from + at + i * kVectorBytes);
-        ChangeInterleaved<Op>(v);
-        for (int i = 0; i < 4; ++i)
-            streams ? Stream(to + at + i * kVectorBytes, v[i]) : Store(to + at + i * kVectorBytes, v[i]);
-    }
-    if (streams)
-        EndStream();
-    if (at < bytes) {
-        const auto rest = static_cast<size_t>(bytes - at);
-        F32 v[4] = {};
-        __builtin_memcpy(v, from + at, rest);
-        ChangeInterleaved<Op>(v);
-        __builtin_memcpy(to + at, v, rest);
-    }
+    ChangeStrips(
+        src, dst, pixels, [](F32(&v)[4]) __attribute__((always_inline)) { ChangeInterleaved<Op>(v); });
 }
 
 template <class Op>

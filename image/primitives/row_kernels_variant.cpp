@@ -17,9 +17,7 @@ KELMORA_INLINE F32 TwistValue(F32 c0, F32 c1, F32 c2, const float* row)
 /// Not-a-number gives 0.
 KELMORA_INLINE U32 ToByte(F32 v)
 {
-    v = v > 0.0f ? v : F32{};
-    v = v < 255.0f ? v : F32{} + 255.0f;
-    return (U32)Round(v);
+    return (U32)Round(Least(Most(v, F32{}), F32{} + 255.0f));
 }
 
 KELMORA_INLINE U32 TwistPixels(U32 src, U32 dst, const float (*twist)[4])

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "image/primitives/byte_kernels.h"
 #include "image/primitives/detail/layout.h"
 #include "image/primitives/detail/loose_float.h"
 #include "image/primitives/detail/region.h"
@@ -36,6 +37,12 @@ PxStatus SetChannel(Value value, T* pixels, int step, int width, int height)
 {
     if (const PxStatus status = CheckRegions<C4, C4>(pixels, step, pixels, step, width, height))
         return status;
+    if constexpr (sizeof(T) == 1) {
+        const auto set = ByteKernelsFor(CurrentVariant()).setChannel;
+        for (int y = 0; y < height; ++y)
+            set(value, Row(pixels, step, y), width);
+        return pxOk;
+    }
     for (int y = 0; y < height; ++y) {
         T* row = Row(pixels, step, y);
         for (int x = 0; x < width; ++x, row += 4)

@@ -5,6 +5,7 @@
 
 #include "image/image_ops.h"
 #include "tests/image/buffers.h"
+#include "tests/image/variants.h"
 #include "tests/reference/copies.h"
 #include "tests/reference/picture.h"
 
@@ -260,14 +261,17 @@ TEST(ReverseChannels, EveryPictureFormat_TurnsTheOrderInPlaceAndNot)
             const Picture turned = reference::ReversedChannels(reference::Read(src));
             Picture expected = reference::Read(dst);
             reference::CopyRect(turned, 0, 0, srcWidth, 3, expected, 0, 0);
-            FrameBuffer to = ViewOf(dst), itself = ViewOf(src);
-            ASSERT_TRUE(ImageOps().ReverseChannels(ViewOf(src), to));
-            ASSERT_TRUE(reference::Matches(dst, expected));
-            ASSERT_TRUE(ImageOps().ReverseChannels(itself, itself));
-            ASSERT_TRUE(reference::Matches(src, turned));
-            EXPECT_EQ(itself.GetFormat(), format);
-            src.Check();
-            dst.Check();
+            ForEachVariant([&] {
+                GuardedPicture result(dst), copy(src);
+                FrameBuffer to = ViewOf(result), itself = ViewOf(copy);
+                ASSERT_TRUE(ImageOps().ReverseChannels(ViewOf(src), to));
+                ASSERT_TRUE(reference::Matches(result, expected));
+                ASSERT_TRUE(ImageOps().ReverseChannels(itself, itself));
+                ASSERT_TRUE(reference::Matches(copy, turned));
+                EXPECT_EQ(itself.GetFormat(), format);
+                result.Check();
+                copy.Check();
+            });
         });
 }
 

@@ -63,11 +63,6 @@ struct TruncateSum {
     }
 };
 
-/// Float sums are stored as they are.
-struct NarrowSum {
-    float operator()(double sum) const { return static_cast<float>(sum); }
-};
-
 constexpr bool IsPowerOfTwo(int value)
 {
     return value > 0 && (value & (value - 1)) == 0;

@@ -33,6 +33,14 @@ KELMORA_INLINE U32 Whole(ByteHalves halves)
     return (U32)halves.even | (U32)halves.odd << 8;
 }
 
+/// The four bytes of each pixel from last to first.
+KELMORA_INLINE U32 Reversed(U32 pixels)
+{
+    const U16 words = (U16)pixels;
+    const U32 swapped = (U32)(U16)(words << 8 | words >> 8);
+    return swapped << 16 | swapped >> 16;
+}
+
 /// p / 255 toward zero, see detail/byte_product.h.
 KELMORA_INLINE U16 By255(U16 p)
 {

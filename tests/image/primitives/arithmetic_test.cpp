@@ -159,12 +159,15 @@ TEST(Arithmetic, AddFloats_AddsAllFourChannelsWithoutClamping)
             for (std::size_t i = 0; i < expected.values.size(); ++i)
                 expected.values[i] = Plus(expected.values[i], from.values[i]);
             src.Freeze();
-            ASSERT_EQ(pxAdd_32f_C4_I(ElementAt<float>(src), src.Stride(), ElementAt<float>(sum), sum.Stride(),
-                                     width, 3),
-                      pxOk);
-            ASSERT_TRUE(reference::Matches(sum, expected)) << width;
+            ForEachVariant([&] {
+                GuardedPicture to(sum);
+                ASSERT_EQ(pxAdd_32f_C4_I(ElementAt<float>(src), src.Stride(), ElementAt<float>(to),
+                                         to.Stride(), width, 3),
+                          pxOk);
+                ASSERT_TRUE(reference::Matches(to, expected)) << width;
+                to.Check();
+            });
             src.Check();
-            sum.Check();
         });
     GuardedPicture src(5, 4, PF_BGRA32F), sum(5, 4, PF_BGRA32F);
     sum.Freeze();

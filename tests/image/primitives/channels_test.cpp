@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/image/primitives/regions.h"
+#include "tests/image/variants.h"
 #include "tests/reference/copies.h"
 #include "tests/reference/picture.h"
 
@@ -61,10 +62,12 @@ void CheckMember(const char* name, ChannelMember<T> move)
 
 TEST(Channels, EveryMember_MovesOneChannelAndRefusesBadArguments)
 {
-    CheckMember<4, 4, std::uint8_t>("pxCopyChannel_8u_C4", pxCopyChannel_8u_C4);
+    ForEachVariant([] {
+        CheckMember<4, 4, std::uint8_t>("pxCopyChannel_8u_C4", pxCopyChannel_8u_C4);
+        CheckMember<4, 1, std::uint8_t>("pxExtractChannel_8u_C4C1", pxExtractChannel_8u_C4C1);
+        CheckMember<4, 1, float>("pxExtractChannel_32f_C4C1", pxExtractChannel_32f_C4C1);
+    });
     CheckMember<4, 4, float>("pxCopyChannel_32f_C4", pxCopyChannel_32f_C4);
-    CheckMember<4, 1, std::uint8_t>("pxExtractChannel_8u_C4C1", pxExtractChannel_8u_C4C1);
-    CheckMember<4, 1, float>("pxExtractChannel_32f_C4C1", pxExtractChannel_32f_C4C1);
     CheckMember<1, 4, std::uint8_t>("pxInsertChannel_8u_C1C4", pxInsertChannel_8u_C1C4);
     CheckMember<1, 4, float>("pxInsertChannel_32f_C1C4", pxInsertChannel_32f_C1C4);
 }

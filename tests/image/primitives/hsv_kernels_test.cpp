@@ -150,6 +150,32 @@ TEST(HsvKernels, FloatColours_AreTheDoubleResultRoundedOnce)
     });
 }
 
+TEST(HsvKernels, QuotientsAtATie_AreDivided)
+{
+    // A product with a reciprocal lies a last bit of a double beside the quotient, which a float shows where the one is
+    // half-way between two floats or next to it and the other is not.
+    //
+    // Red 49/64 over 49/64 * 2^-25: the saturation is 1 - 2^-25, half-way to 1, which is even; times the reciprocal
+    // of 49/64 it is less.
+    //
+    // Blue 1/4, red 49 below it, green 343 * 2^-26 below it: 49 times the reciprocal of 49 is 1 - 2^-53 in double, so that
+    // the hue in sixths of a turn is 1 - 7 * 2^-26 - 2^-53. Times 60 that goes to 60 * (1 - 7 * 2^-26) - 2^-47, and over
+    // 360 to 22369619 * 2^-27 - 2^-55: below half-way between 11184809 and 11184810 times 2^-26. Times the reciprocal of
+    // 360 it is half-way, and so are 49/49 and 343/49, and the even float is the larger one.
+    constexpr float least = 49.0f / 64 * 0x1p-25f;
+    const Pixel src[] = {{least, least, 49.0f / 64, 1.0f}, {0.25f, 0.25f - 343 * 0x1p-26f, 0.25f - 49, 1.0f}};
+    ForEachKernels([&](const HsvKernels& kernels) {
+        Pixel hsv[2];
+        kernels.bgra32fToHsv(src, hsv, 2);
+        EXPECT_EQ(hsv[0].second, 1.0f);
+        EXPECT_EQ(hsv[1].first, 11184809 * 0x1p-26f);
+        const Pixel argb[] = {Reversed(src[0]), Reversed(src[1])};
+        kernels.argb32fToHsv(argb, hsv, 2);
+        EXPECT_EQ(hsv[0].second, 1.0f);
+        EXPECT_EQ(hsv[1].first, 11184809 * 0x1p-26f);
+    });
+}
+
 TEST(HsvKernels, FloatHues_AreTheDoubleResultRoundedOnce)
 {
     const std::vector<Pixel> src = ManyHues();

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/image/primitives/regions.h"
+#include "tests/image/variants.h"
 #include "tests/reference/picture.h"
 
 namespace kelmora {
@@ -92,8 +93,10 @@ TEST(Set, EveryMember_FillsTheRegionAndRefusesBadArguments)
 TEST(SetChannel, EveryMember_WritesEveryFourthValueAndNothingElse)
 {
     for (int channel = 0; channel < 4; ++channel) {
-        CheckMember<std::uint8_t>("pxSetChannel_8u_C4", 4, channel,
-                                  OfFirst<std::uint8_t>(pxSetChannel_8u_C4));
+        ForEachVariant([=] {
+            CheckMember<std::uint8_t>("pxSetChannel_8u_C4", 4, channel,
+                                      OfFirst<std::uint8_t>(pxSetChannel_8u_C4));
+        });
         CheckMember<float>("pxSetChannel_32f_C4", 4, channel, OfFirst<float>(pxSetChannel_32f_C4));
     }
 }
