@@ -20,10 +20,6 @@ public:
     /// Whether this kind of picture and move is served.
     bool AreServed() const { return m_served; }
 
-    /// Whether every row comes of the same row of the picture alone, so that bands of rows may be taken for pictures
-    /// of their own.
-    bool StayInTheirRows() const;
-
     /// Working space that Begin takes for rows of `width` pixels, bytes or floats.
     static std::int64_t WorkBytes(int width, bool floats) { return SeparableWarp::WorkBytes(width, floats); }
 
@@ -32,9 +28,6 @@ public:
 
     /// Writes row `y`, of `size`'s width.
     void Row(int y, void* dst);
-
-    /// Writes the mean of row `y` and the row `with`, ties to even.
-    void MeanRow(int y, const void* with, void* dst);
 
 private:
     Size m_size;

@@ -163,7 +163,7 @@ void* SeparableWarp::AcrossOf(int line)
 }
 
 /// Bytes of a shift along rows or along columns alone need one step, straight from the source.
-void SeparableWarp::LerpAlongOneAxis(const Place& line, void* dst, const void* halveWith) const
+void SeparableWarp::LerpAlongOneAxis(const Place& line, void* dst) const
 {
     const int next = std::min(line.index + 1, m_src.bounds.bottom);
     LerpRow row = {};
@@ -173,15 +173,14 @@ void SeparableWarp::LerpAlongOneAxis(const Place& line, void* dst, const void* h
     row.dst = static_cast<std::uint8_t*>(dst);
     row.bytes = (m_columns.end - m_columns.begin) * 4;
     row.weight = m_shift.weight != 0 ? m_shift.weight : line.weight;
-    row.halveWith = static_cast<const std::uint8_t*>(halveWith);
     m_kernels.lerpBytes(row);
 }
 
-void SeparableWarp::Row(int y, void* dst, const void* halveWith)
+void SeparableWarp::Row(int y, void* dst)
 {
     const Place line = LineOf(y);
     if (m_inSteps && !m_floats && (m_shift.weight == 0 || line.weight == 0))
-        return LerpAlongOneAxis(line, dst, halveWith);
+        return LerpAlongOneAxis(line, dst);
     const int next = std::min(line.index + 1, m_src.bounds.bottom);
     DownRow down = {};
     down.upper = AcrossOf(line.index);
@@ -190,7 +189,6 @@ void SeparableWarp::Row(int y, void* dst, const void* halveWith)
     down.count = m_columns.end - m_columns.begin;
     down.weight = line.weight;
     down.weightFloat = line.weightFloat;
-    down.halveWith = halveWith;
     down.isReadLater = m_areReadLater;
     (m_floats ? m_kernels.downFloats : m_kernels.downBytes)(down);
 }

@@ -24,8 +24,7 @@ public:
     WarpSpan Covered(int y) const;
 
     /// Writes the pixels Covered(y), which is not empty, to `dst`, the first of them. Rows are cheapest in order.
-    /// halveWith: null, or the first of the pixels whose mean with the result is wanted, ties to even.
-    void Row(int y, void* dst, const void* halveWith = nullptr);
+    void Row(int y, void* dst);
 
     /// From now on nobody reads rows before many others: long ones of floats may go past the caches.
     void RowsAreReadLater() { m_areReadLater = true; }
@@ -43,7 +42,7 @@ private:
     void MakeTable();
     const std::uint8_t* SourceRow(int line) const;
     void* AcrossOf(int line);
-    void LerpAlongOneAxis(const Place& line, void* dst, const void* halveWith) const;
+    void LerpAlongOneAxis(const Place& line, void* dst) const;
 
     const WarpKernels& m_kernels;
     WarpImage m_src;

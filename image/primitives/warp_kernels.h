@@ -79,8 +79,7 @@ struct DownRow {
     int count;
     int weight; ///< of the lower row, in 256ths, 0 to 256
     float weightFloat;
-    const void* halveWith; ///< null, or a row whose mean with the result is wanted, ties to even
-    bool isReadLater;      ///< not soon: long rows of floats may go past the caches
+    bool isReadLater; ///< not soon: long rows of floats may go past the caches
 };
 
 /// Two rows of bytes, interpolated in one direction.
@@ -89,8 +88,7 @@ struct LerpRow {
     const std::uint8_t* second;
     std::uint8_t* dst;
     int bytes;
-    int weight;                    ///< of the second, in 256ths
-    const std::uint8_t* halveWith; ///< as above
+    int weight; ///< of the second, in 256ths
 };
 
 struct WarpKernels {

@@ -786,12 +786,6 @@ void AcrossBytes(const AcrossRow& across)
     }
 }
 
-/// The mean, ties to even.
-KELMORA_INLINE U8 HalveEven(U8 a, U8 b)
-{
-    return Average(a, b) - ((a ^ b) & Average(a, b) & 1);
-}
-
 KELMORA_INLINE U8 BlendDown(const uint8_t* upper, const uint8_t* lower, I16 weights)
 {
     const I32 round = I32{} + (32768 * 256 + 32768);
@@ -809,22 +803,13 @@ void DownBytes(const DownRow& row)
 {
     const auto* upper = static_cast<const uint8_t*>(row.upper);
     const auto* lower = static_cast<const uint8_t*>(row.lower);
-    const auto* other = static_cast<const uint8_t*>(row.halveWith);
     auto* dst = static_cast<uint8_t*>(row.dst);
     const I16 weights = (I16)(I32{} + ((256 - row.weight) | row.weight << 16));
     int i = 0;
-    for (; i + kPixels <= row.count; i += kPixels, upper += 2 * kVectorBytes, lower += 2 * kVectorBytes) {
-        U8 value = BlendDown(upper, lower, weights);
-        if (other)
-            value = HalveEven(Load<U8>(other + i * 4), value);
-        Store(dst + i * 4, value);
-    }
-    if (const int rest = (row.count - i) * 4; rest > 0) {
-        U8 value = BlendDown(upper, lower, weights);
-        if (other)
-            value = HalveEven(LoadPart<U8>(other + i * 4, rest), value);
-        StorePart(dst + i * 4, value, rest);
-    }
+    for (; i + kPixels <= row.count; i += kPixels, upper += 2 * kVectorBytes, lower += 2 * kVectorBytes)
+        Store(dst + i * 4, BlendDown(upper, lower, weights));
+    if (const int rest = (row.count - i) * 4; rest > 0)
+        StorePart(dst + i * 4, BlendDown(upper, lower, weights), rest);
 }
 
 /// What LerpBytes weighs with.
@@ -848,7 +833,7 @@ KELMORA_INLINE U8 LerpVector(U8 a, U8 b, const LerpWeights& weights)
 #endif
 }
 
-template <bool lerps, bool halves>
+template <bool lerps>
 KELMORA_INLINE void LerpRows(const LerpRow& row)
 {
     const auto second = static_cast<uint8_t>(row.weight);
@@ -857,23 +842,17 @@ KELMORA_INLINE void LerpRows(const LerpRow& row)
     const auto value = [&](U8 a, U8 b) { return lerps ? LerpVector(a, b, weights) : a; };
     const U8 none = {};
     int i = 0;
-    for (; i + kVectorBytes <= row.bytes; i += kVectorBytes) {
-        const U8 v = value(Load<U8>(row.first + i), lerps ? Load<U8>(row.second + i) : none);
-        Store(row.dst + i, halves ? HalveEven(Load<U8>(row.halveWith + i), v) : v);
-    }
-    if (const int rest = row.bytes - i; rest > 0) {
-        const U8 v =
-            value(LoadPart<U8>(row.first + i, rest), lerps ? LoadPart<U8>(row.second + i, rest) : none);
-        StorePart(row.dst + i, halves ? HalveEven(LoadPart<U8>(row.halveWith + i, rest), v) : v, rest);
-    }
+    for (; i + kVectorBytes <= row.bytes; i += kVectorBytes)
+        Store(row.dst + i, value(Load<U8>(row.first + i), lerps ? Load<U8>(row.second + i) : none));
+    if (const int rest = row.bytes - i; rest > 0)
+        StorePart(row.dst + i,
+                  value(LoadPart<U8>(row.first + i, rest), lerps ? LoadPart<U8>(row.second + i, rest) : none),
+                  rest);
 }
 
 void LerpBytes(const LerpRow& row)
 {
-    if (row.weight == 0)
-        row.halveWith ? LerpRows<false, true>(row) : LerpRows<false, false>(row);
-    else
-        row.halveWith ? LerpRows<true, true>(row) : LerpRows<true, false>(row);
+    row.weight == 0 ? LerpRows<false>(row) : LerpRows<true>(row);
 }
 
 KELMORA_INLINE I32 Least(I32 value, int most)
@@ -928,40 +907,33 @@ void AcrossFloats(const AcrossRow& across)
 }
 
 /// Some pixels' worth of two rows.
-template <bool halves, class V>
+template <class V>
 KELMORA_INLINE V DownOf(const DownRow& row, ptrdiff_t at)
 {
     const auto load = [at](const void* from) { return Load<V>(static_cast<const uint8_t*>(from) + at); };
-    const V value = load(row.upper) * (1.0f - row.weightFloat) + load(row.lower) * row.weightFloat;
-    return halves ? (load(row.halveWith) + value) * 0.5f : value;
+    return load(row.upper) * (1.0f - row.weightFloat) + load(row.lower) * row.weightFloat;
 }
 
-template <bool halves>
-KELMORA_INLINE void DownFloatRows(const DownRow& row)
+void DownFloats(const DownRow& row)
 {
     auto* const dst = static_cast<uint8_t*>(row.dst);
     const ptrdiff_t bytes = static_cast<ptrdiff_t>(row.count) * 16;
     const auto byPixels = [&](ptrdiff_t at, ptrdiff_t end) {
         for (; at < end; at += 16)
-            Store(dst + at, DownOf<halves, Pixel>(row, at));
+            Store(dst + at, DownOf<Pixel>(row, at));
         return at;
     };
     ptrdiff_t at = 0;
     const ptrdiff_t toAligned = static_cast<ptrdiff_t>(-reinterpret_cast<uintptr_t>(dst) % kVectorBytes);
-    if (!halves && row.isReadLater && toAligned % 16 == 0 && CanStream(dst + toAligned, bytes - toAligned)) {
+    if (row.isReadLater && toAligned % 16 == 0 && CanStream(dst + toAligned, bytes - toAligned)) {
         at = byPixels(0, toAligned);
         for (; at + kVectorBytes <= bytes; at += kVectorBytes)
-            Stream(dst + at, DownOf<halves, F32>(row, at));
+            Stream(dst + at, DownOf<F32>(row, at));
         EndStream();
     }
     for (; at + kVectorBytes <= bytes; at += kVectorBytes)
-        Store(dst + at, DownOf<halves, F32>(row, at));
+        Store(dst + at, DownOf<F32>(row, at));
     byPixels(at, bytes);
-}
-
-void DownFloats(const DownRow& row)
-{
-    row.halveWith ? DownFloatRows<true>(row) : DownFloatRows<false>(row);
 }
 
 } // namespace
