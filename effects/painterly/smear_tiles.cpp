@@ -3,25 +3,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include "image/primitives/detail/first_where.h"
+
 namespace kelmora::smear {
 namespace {
 
 constexpr std::int64_t kMarginShare = 12; ///< as many margins are wanted of one: the work on both is lost
-
-/// The first of 0 .. count - 1 for which `holds`, which stays true once it is; `count` when it never is.
-template <class Predicate>
-int FirstWhere(int count, Predicate holds)
-{
-    int begin = 0, end = count;
-    while (begin < end) {
-        const int middle = begin + (end - begin) / 2;
-        if (holds(middle))
-            end = middle;
-        else
-            begin = middle + 1;
-    }
-    return begin;
-}
 
 } // namespace
 
@@ -58,8 +45,10 @@ Tile Tiles::At(std::int64_t index) const
     const bool fromLeft = m_slant.At(1) >= 0;
     const auto isBefore = [&](int y) { return All(tile, y).end <= 0; };
     const auto isBehind = [&](int y) { return All(tile, y).begin >= m_size.width; };
-    tile.firstRow = FirstWhere(m_size.height, [&](int y) { return fromLeft ? !isBefore(y) : !isBehind(y); });
-    tile.endRow = FirstWhere(m_size.height, [&](int y) { return fromLeft ? isBehind(y) : isBefore(y); });
+    tile.firstRow =
+        px::FirstWhere(0, m_size.height, [&](int y) { return fromLeft ? !isBefore(y) : !isBehind(y); });
+    tile.endRow =
+        px::FirstWhere(0, m_size.height, [&](int y) { return fromLeft ? isBehind(y) : isBefore(y); });
     tile.endRow = std::max(tile.endRow, tile.firstRow);
     return tile;
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "image/primitives/detail/first_where.h"
+
 namespace kelmora {
 namespace {
 
@@ -12,20 +14,6 @@ constexpr double kMostCoefficient = 1e100;
 bool IsSane(double value)
 {
     return std::fabs(value) <= kMostCoefficient; // not-a-number is not
-}
-
-/// The first of begin .. end - 1 for which `holds`, which stays true once it is; `end` when it never is.
-template <class Predicate>
-int FirstWhere(int begin, int end, Predicate holds)
-{
-    while (begin < end) {
-        const int middle = begin + (end - begin) / 2;
-        if (holds(middle))
-            end = middle;
-        else
-            begin = middle + 1;
-    }
-    return begin;
 }
 
 } // namespace
@@ -77,10 +65,10 @@ WarpSpan InsideSpan(WarpSpan row, double slope, double start, double low, double
     // Rounding keeps the order of positions, so the ends are found by halving.
     const auto position = [=](int x) { return slope * x + start; };
     if (slope < 0.0)
-        return {FirstWhere(row.begin, row.end, [=](int x) { return position(x) <= high; }),
-                FirstWhere(row.begin, row.end, [=](int x) { return position(x) < low; })};
-    return {FirstWhere(row.begin, row.end, [=](int x) { return position(x) >= low; }),
-            FirstWhere(row.begin, row.end, [=](int x) { return position(x) > high; })};
+        return {px::FirstWhere(row.begin, row.end, [=](int x) { return position(x) <= high; }),
+                px::FirstWhere(row.begin, row.end, [=](int x) { return position(x) < low; })};
+    return {px::FirstWhere(row.begin, row.end, [=](int x) { return position(x) >= low; }),
+            px::FirstWhere(row.begin, row.end, [=](int x) { return position(x) > high; })};
 }
 
 WarpSpan InsideSpan(WarpSpan row, int y, const AffineMap& map, const WarpBounds& bounds)
