@@ -47,10 +47,10 @@ public:
     {
         const std::uint32_t kind = m_draws.Below(kKinds);
         const bool fails = m_draws.OneIn(50);
-        const std::uint64_t refuse = fails ? m_draws.Below(12) : PlainHost::kNever;
+        const std::uint64_t refuse = fails ? m_draws.Below(5) : PlainHost::kNever;
         m_host.Provide(fails || m_draws.OneIn(2), refuse);
         {
-            const FailingNew heap(fails ? refuse / 4 : FailingNew::kNever);
+            const FailingNew heap(fails ? refuse / 2 : FailingNew::kNever);
             RenderWith(kind);
             m_refused += heap.Refused();
         }
