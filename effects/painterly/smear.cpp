@@ -239,8 +239,8 @@ void SmearSlanted(const Task& task, const Steps& there, const Steps& back, Memor
 {
     const Shift& longest = there.Count() > back.Count() ? there.Last() : back.Last();
     const Slant slant = Slant::Along(longest.X(), longest.Y());
-    // Shorter rows cost more than their pixels; tiles of longer ones leave the caches.
-    const int columns = IsFloat(task.output.GetFormat()) ? 512 : 1024;
+    // Every row of a tile has its price, so there are few: as wide as memory lets them be, below 64 MB at 2160p.
+    const int columns = IsFloat(task.output.GetFormat()) ? 768 : 3072;
     const Tiles tiles(SizeOf(task.output), slant, std::max(there.Margin(slant), back.Margin(slant)), columns);
     SlantedStreak forward(there, tiles), backward(back, tiles);
     FrameBuffer laid;

@@ -181,33 +181,115 @@ private:
     [[maybe_unused]] U8 m_both; ///< the weights of both, one by one
 };
 
-/// Interpolation of bytes along both axes, with one rounding.
+/// A vector's bytes as words, in the order of InterleaveLow and InterleaveHigh.
+struct Words {
+    I16 low, high;
+};
+
+/// The words of each pixel's right neighbour, of which the last is `next`'s first.
+KELMORA_INLINE Words RightOf(const Words& here, const Words& next)
+{
+#if defined(__AVX512BW__)
+    const auto pair = [](__m512i a, __m512i b) {
+        return (I16)_mm512_castpd_si512(
+            _mm512_shuffle_pd(_mm512_castsi512_pd(a), _mm512_castsi512_pd(b), 0x55));
+    };
+    const __m512i low = (__m512i)here.low, high = (__m512i)here.high;
+    return {pair(low, high), pair(high, _mm512_alignr_epi64((__m512i)next.low, low, 2))};
+#elif defined(__AVX2__)
+    const auto pair = [](__m256i a, __m256i b) {
+        return (I16)_mm256_castpd_si256(
+            _mm256_shuffle_pd(_mm256_castsi256_pd(a), _mm256_castsi256_pd(b), 0x5));
+    };
+    const __m256i low = (__m256i)here.low, high = (__m256i)here.high;
+    return {pair(low, high), pair(high, _mm256_permute2x128_si256(low, (__m256i)next.low, 0x21))};
+#else
+    return {__builtin_shufflevector(here.low, here.high, 4, 5, 6, 7, 8, 9, 10, 11),
+            __builtin_shufflevector(here.high, next.low, 4, 5, 6, 7, 8, 9, 10, 11)};
+#endif
+}
+
+/// Interpolation of bytes along both axes, with one rounding: down first, once for a pixel and for the one to its left.
 class ByteShift {
 public:
-    /// right: 1 to 255.
-    KELMORA_METHOD ByteShift(int right, int below)
-        : m_across(right), m_down((I16)(I32{} + ((256 - below) | below << 16)))
+    /// right, below: 1 to 255.
+    KELMORA_METHOD explicit ByteShift(const SmearRow& row)
+        : m_upper(static_cast<const uint8_t*>(row.upper)), m_lower(static_cast<const uint8_t*>(row.lower)),
+          m_down(row.below), m_across((I16)(I32{} + ((256 - row.right) | row.right << 16)))
     {
     }
 
-    KELMORA_METHOD U8 operator()(U8 upperLeft, U8 upperRight, U8 lowerLeft, U8 lowerRight) const
+    /// What lies `at` bytes behind the first pixel, up to `bytes` of it.
+    KELMORA_METHOD Words DownAt(ptrdiff_t at, ptrdiff_t bytes) const
     {
-        return Pack(Down(m_across.Low(upperLeft, upperRight), m_across.Low(lowerLeft, lowerRight)),
-                    Down(m_across.High(upperLeft, upperRight), m_across.High(lowerLeft, lowerRight)));
+        if (bytes >= kVectorBytes)
+            return DownOf(Load<U8>(m_upper + at), Load<U8>(m_lower + at));
+        const int rest = static_cast<int>(bytes);
+        return DownOf(LoadRest<U8>(m_upper + at, rest), LoadRest<U8>(m_lower + at, rest));
+    }
+
+    KELMORA_METHOD U8 Across(const Words& here, const Words& next) const
+    {
+        const Words right = RightOf(here, next);
+        return Pack(Across(here.low, right.low), Across(here.high, right.high));
     }
 
 private:
-    KELMORA_METHOD I16 Down(I16 upper, I16 lower) const
+    KELMORA_METHOD Words DownOf(U8 upper, U8 lower) const
+    {
+        return {m_down.Low(upper, lower), m_down.High(upper, lower)};
+    }
+
+    KELMORA_METHOD I16 Across(I16 left, I16 right) const
     {
         const I32 round = I32{} + (32768 * 256 + 32768);
-        const I32 low = MulAddPairs(InterleaveLow(upper, lower), m_down) + round;
-        const I32 high = MulAddPairs(InterleaveHigh(upper, lower), m_down) + round;
+        const I32 low = MulAddPairs(InterleaveLow(left, right), m_across) + round;
+        const I32 high = MulAddPairs(InterleaveHigh(left, right), m_across) + round;
         return Pack((I32)((U32)low >> 16), (I32)((U32)high >> 16));
     }
 
-    ByteLerp m_across;
-    I16 m_down;
+    const uint8_t* m_upper;
+    const uint8_t* m_lower;
+    ByteLerp m_down;
+    I16 m_across;
 };
+
+void MeanShiftedBytes(const SmearRow& row)
+{
+    const ByteShift shift(row);
+    auto* const pixels = static_cast<uint8_t*>(row.pixels);
+    const ptrdiff_t bytes = static_cast<ptrdiff_t>(row.count) * 4;
+    const ptrdiff_t whole = bytes / kVectorBytes * kVectorBytes, there = bytes + 4;
+    const int rest = static_cast<int>(bytes - whole);
+    const auto meanAt = [&](ptrdiff_t at, const Words& here, const Words& next) __attribute__((always_inline))
+    {
+        Store(pixels + at, HalveEven(Load<U8>(pixels + at), shift.Across(here, next)));
+    };
+    const auto meanOfRest = [&](const Words& here) __attribute__((always_inline))
+    {
+        if (rest > 0)
+            StoreRest(pixels + whole,
+                      HalveEven(LoadRest<U8>(pixels + whole, rest), shift.Across(here, Words{})), rest);
+    };
+    if (row.backward) {
+        Words next = shift.DownAt(whole, there - whole);
+        meanOfRest(next);
+        for (ptrdiff_t at = whole - kVectorBytes; at >= 0; at -= kVectorBytes) {
+            const Words here = shift.DownAt(at, kVectorBytes);
+            meanAt(at, here, next);
+            next = here;
+        }
+    } else {
+        Words here = shift.DownAt(0, there);
+        for (ptrdiff_t at = 0; at < whole; at += kVectorBytes) {
+            // Before the pixels are replaced: the row may be its own source.
+            const Words next = shift.DownAt(at + kVectorBytes, there - at - kVectorBytes);
+            meanAt(at, here, next);
+            here = next;
+        }
+        meanOfRest(here);
+    }
+}
 
 void MeanBytes(const SmearRow& row)
 {
@@ -227,11 +309,7 @@ void MeanBytes(const SmearRow& row)
                 return HalveEven(own, lerp(load(upper), load(second)));
             });
     } else {
-        const ByteShift shift(row.right, row.below);
-        MeanValues<U8>(
-            row, bytes, [=](U8 own, auto load) __attribute__((always_inline)) {
-                return HalveEven(own, shift(load(upper), load(upper + 4), load(lower), load(lower + 4)));
-            });
+        MeanShiftedBytes(row);
     }
 }
 
