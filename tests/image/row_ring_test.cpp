@@ -21,9 +21,9 @@ auto Tenfold(std::vector<int>& made)
 
 TEST(RowRing, Rows_AreMadeOnceAndInOrder)
 {
+    MemoryAllocator allocator;
     std::vector<int> made;
     RowRing ring(Tenfold(made));
-    MemoryAllocator allocator;
     ASSERT_TRUE(ring.Allocate(allocator, 3, 20, 1));
     EXPECT_TRUE(made.empty());
     EXPECT_EQ(*ring.Row(1), 10);
@@ -38,9 +38,9 @@ TEST(RowRing, Rows_AreMadeOnceAndInOrder)
 
 TEST(RowRing, RowsAmongTheLast_StayWhereTheyAre)
 {
+    MemoryAllocator allocator;
     std::vector<int> made;
     RowRing ring(Tenfold(made));
-    MemoryAllocator allocator;
     ASSERT_TRUE(ring.Allocate(allocator, 2, 20, 1));
     const std::uint8_t* const third = ring.Row(3);
     EXPECT_EQ(*ring.Row(4), 40);

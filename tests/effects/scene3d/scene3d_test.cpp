@@ -631,8 +631,8 @@ TEST(Scene3D, DrawFace_FaceAfterFace_TakesSpaceForTheWidestAndTheHighest)
 TEST(Scene3D, Lists_HoldEightLightsAndEightFilters)
 {
     const std::vector<EvenLight> lights(9, EvenLight(0.5));
-    Scene3D scene;
     int ended = 0;
+    Scene3D scene;
     for (const EvenLight& light : lights) {
         scene.AddLight(&light);
         scene.AddFilter(std::make_unique<TestFilter>([](FrameBuffer&) {}, &ended));
