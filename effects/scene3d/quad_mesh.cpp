@@ -118,7 +118,7 @@ QuadMesh QuadMeshCreator::CreateGrid(const QuadGrid& grid) const
 {
     QuadMesh mesh;
     if (!IsWithin(grid.columns) || !IsWithin(grid.rows) || grid.width < 2 || grid.height < 2
-        || !mesh.Reserve(static_cast<std::size_t>(grid.columns * grid.rows)))
+        || !mesh.Reserve(static_cast<std::size_t>(grid.columns) * static_cast<std::size_t>(grid.rows)))
         return mesh;
     for (int row = 0; row < grid.rows; ++row) {
         const Range v = RangeOf(row, grid.rows, grid.height);

@@ -334,7 +334,7 @@ private:
 
     std::ptrdiff_t AheadOf(const Forms& forms, WarpSpan span, int y) const
     {
-        const double middle = span.begin + (span.end - span.begin) / 2;
+        const int middle = span.begin + (span.end - span.begin) / 2;
         const Point here = forms.At(middle), later = Forms(m_map, y + kRowsAhead).At(middle);
         return BytesAhead(later.x - here.x, later.y - here.y, m_src.bounds, m_src.step,
                           4 * static_cast<int>(sizeof(T)));
