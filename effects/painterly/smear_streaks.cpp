@@ -159,6 +159,8 @@ std::size_t SlantedStreak::BytesOf(const RowPart& row) const
 void SlantedStreak::Load(int y)
 {
     const RowPart part = PartOf(y);
+    if (!part.pixels)
+        return;
     const RowPart there = {
         part.pixels, part.begin,
         y < m_picture->GetHeight() ? std::clamp(m_picture->GetWidth(), part.begin, part.end) : part.begin};
