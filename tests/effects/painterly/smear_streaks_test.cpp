@@ -73,6 +73,18 @@ void CompareLevel(Size size, std::uint32_t format, Noise noise, const Way& way)
         << FormatName(format) << ", " << way.doublings.count << " steps from " << way.doublings.step;
 }
 
+/// All that is wanted of the picture's streak, tile by tile.
+void DrawTiles(SlantedStreak& streak, const Tiles& tiles, const FrameBuffer& picture, GuardedPicture& result)
+{
+    for (std::int64_t i = 0; i < tiles.Count(); ++i) {
+        const Tile tile = tiles.At(i);
+        streak.Begin(picture, tile);
+        for (int y = tile.firstRow; y < tile.endRow; ++y)
+            if (const Columns wanted = tiles.Wanted(tile, y); !wanted.IsEmpty())
+                CopyRow(streak.Row(y), result, wanted.begin, y);
+    }
+}
+
 void CompareSlanted(Size size, std::uint32_t format, Noise noise, const Way& way)
 {
     GuardedPicture picture(std::max(size.width - 5, 1), std::max(size.height - 2, 1), format);
@@ -86,13 +98,7 @@ void CompareSlanted(Size size, std::uint32_t format, Noise noise, const Way& way
     SlantedStreak streak(steps, tiles);
     ASSERT_TRUE(streak.Allocate(view, allocator));
     GuardedPicture result(size.width, size.height, format);
-    for (std::int64_t i = 0; i < tiles.Count(); ++i) {
-        const Tile tile = tiles.At(i);
-        streak.Begin(view, tile);
-        for (int y = tile.firstRow; y < tile.endRow; ++y)
-            if (const Columns wanted = tiles.Wanted(tile, y); !wanted.IsEmpty())
-                CopyRow(streak.Row(y), result, wanted.begin, y);
-    }
+    DrawTiles(streak, tiles, view, result);
     EXPECT_TRUE(reference::Matches(result, PlainStreak(picture, size, way)))
         << FormatName(format) << ", " << size.width << " x " << size.height << ", turn " << way.turn << ", "
         << way.doublings.count << " steps from " << way.doublings.step;
@@ -243,13 +249,7 @@ TEST(SlantedStreak, Row_WithoutSteps_IsThePicturesOwnAndTakesOneRow)
     SlantedStreak streak(none, tiles);
     ASSERT_TRUE(streak.Allocate(view, allocator));
     GuardedPicture result(30, 12, PF_BGRA8);
-    for (std::int64_t i = 0; i < tiles.Count(); ++i) {
-        const Tile tile = tiles.At(i);
-        streak.Begin(view, tile);
-        for (int y = tile.firstRow; y < tile.endRow; ++y)
-            if (const Columns wanted = tiles.Wanted(tile, y); !wanted.IsEmpty())
-                CopyRow(streak.Row(y), result, wanted.begin, y);
-    }
+    DrawTiles(streak, tiles, view, result);
     EXPECT_TRUE(Equal(result, picture));
 }
 
