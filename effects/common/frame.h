@@ -71,14 +71,23 @@ inline bool AllocateLike(FrameBuffer& scratch, const FrameBuffer& picture, Size 
                             picture.IsBottomUp());
 }
 
-/// A view of the picture, or a copy of it where an output in its own memory would overwrite it.
+/// A view of the picture, or a copy of it where an output in its own memory would overwrite it. The copy has every
+/// byte of the pixels, whatever their label: who reads them may go by another one. False where there is no memory
+/// for it, or the picture's rows are shorter than its pixels.
 inline bool SetAside(const FrameBuffer& picture, const FrameBuffer& output, FrameBuffer& aside,
                      MemoryAllocator& allocator)
 {
     if (!Overlap(picture, output))
         return aside.AttachBuffer(picture);
-    ImageOps ops;
-    return AllocateLike(aside, picture, SizeOf(picture), allocator) && ops.Copy(picture, aside);
+    if (!Holds(picture, picture.GetWidth(), picture.GetPixelBytes())
+        || !AllocateLike(aside, picture, SizeOf(picture), allocator))
+        return false;
+    const std::size_t bytes =
+        static_cast<std::size_t>(picture.GetWidth()) * static_cast<std::size_t>(picture.GetPixelBytes());
+    for (std::ptrdiff_t y = 0; y < picture.GetHeight(); ++y)
+        std::memcpy(aside.GetPixels() + y * aside.GetStride(), picture.GetPixels() + y * picture.GetStride(),
+                    bytes);
+    return true;
 }
 
 /// Whether the loops that go pixel by pixel and those that go by the stride meet the same rows.

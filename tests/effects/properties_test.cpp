@@ -421,6 +421,39 @@ TEST_P(EveryEffect, Render_OutputsThatMeetAPicture_StayInsideTheMemory)
             }
 }
 
+TEST_P(EveryEffect, Render_IntoPicturesOfAnyLabel_ShowsNothingOfScratchMemory)
+{
+    // The output is larger than the pictures, and in the memory of one of them.
+    const auto rendered = [](std::uint32_t format, std::int32_t pixelBytes, bool meetsSecond,
+                             std::uint32_t fill) {
+        GuardedPicture memory(20 * pixelBytes, 20, 1, PF_Mask8);
+        memory.FillNoise(3);
+        const GuardedPicture apart = memory;
+        VideoFrame output = memory.Frame();
+        output.width = 20;
+        output.pixelBytes = pixelBytes;
+        output.format = format;
+        VideoFrame first = output, second = output;
+        first.width = first.height = second.width = second.height = 10;
+        (meetsSecond ? first : second).data = apart.Row(0);
+        MemoryHabits habits;
+        habits.fill = fill;
+        FakeMemoryProvider provider(habits);
+        FakeHost host(Levels(GetParam(), kSome));
+        host.SetMemory(&provider);
+        RenderInfo info = MakeInfo(AtProgress(0.4));
+        NewEffect(GetParam())->Render(&host, &first, &second, &output, &info);
+        memory.Check();
+        return memory;
+    };
+    for (const std::uint32_t format : {0u, 1u, 2u, 3u, 4u, 5u, 6u, 7u, 9u})
+        for (const std::int32_t pixelBytes : {1, 2, 3, 4, 16})
+            for (const bool meetsSecond : {false, true})
+                EXPECT_TRUE(Equal(rendered(format, pixelBytes, meetsSecond, 0xA5A5A5A5u),
+                                  rendered(format, pixelBytes, meetsSecond, 0)))
+                    << format << " of " << pixelBytes << (meetsSecond ? ", second" : ", first");
+}
+
 // --- one render and the next -----------------------------------------------------------------------------
 
 TEST_P(EveryEffect, Render_TwiceAndInterleaved_GivesTheSamePixels)

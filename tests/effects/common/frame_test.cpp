@@ -39,14 +39,14 @@ TEST(Frame, ReadField_ReadsUnalignedDoubles)
 
 TEST(Frame, AttachCorner_IsTheTopLeftInTheOrderOfMemory)
 {
-    std::vector<std::uint8_t> memory(5 * 24);
+    std::vector<std::uint8_t> memory(5 * 32);
     FrameBuffer picture, corner;
-    picture.Attach(memory.data() + 4 * 24, 6, 5, -24, 4, PF_ARGB8, false); // upward rows
+    picture.Attach(memory.data() + 4 * 32, 6, 5, -32, 4, PF_ARGB8, false); // upward rows, 8 bytes apart
     AttachCorner(corner, picture, {2, 3});
     EXPECT_EQ(corner.GetPixels(), memory.data());
     EXPECT_EQ(corner.GetWidth(), 2);
     EXPECT_EQ(corner.GetHeight(), 3);
-    EXPECT_EQ(corner.GetStride(), 24);
+    EXPECT_EQ(corner.GetStride(), 32);
     EXPECT_EQ(corner.GetPixelBytes(), 4);
     EXPECT_EQ(corner.GetFormat(), PF_ARGB8);
     EXPECT_TRUE(corner.IsBottomUp());
@@ -84,6 +84,44 @@ TEST(Frame, SetAside_CopiesAPictureThatTheOutputWouldOverwrite)
     EXPECT_EQ(aside.GetHeight(), 3);
     for (int y = 0; y < 3; ++y)
         EXPECT_EQ(std::memcmp(aside.GetPixels() + y * aside.GetStride(), memory.data(), 24), 0) << y;
+}
+
+TEST(Frame, SetAside_CopiesEveryByteOfThePixels_WhateverTheirLabel)
+{
+    struct Label {
+        std::uint32_t format;
+        int pixelBytes;
+    };
+    for (const auto& [format, pixelBytes] :
+         {Label{PF_Packed8, 4}, {5, 4}, {9, 3}, {PF_Mask32F, 16}, {PF_BGRA8, 16}}) {
+        constexpr int width = 3, height = 2;
+        const int rowBytes = width * pixelBytes, stride = rowBytes + 4;
+        std::vector<std::uint8_t> memory(static_cast<std::size_t>(height * stride));
+        for (std::size_t i = 0; i < memory.size(); ++i)
+            memory[i] = static_cast<std::uint8_t>(i + 1);
+        MemoryAllocator allocator;
+        FrameBuffer picture, aside;
+        picture.Attach(memory.data(), width, height, stride, pixelBytes, format, false);
+        ASSERT_TRUE(SetAside(picture, picture, aside, allocator));
+        EXPECT_EQ(aside.GetFormat(), format);
+        EXPECT_EQ(aside.GetPixelBytes(), pixelBytes);
+        for (int y = 0; y < height; ++y)
+            EXPECT_EQ(std::memcmp(aside.GetPixels() + y * aside.GetStride(), memory.data() + y * stride,
+                                  static_cast<std::size_t>(rowBytes)),
+                      0)
+                << format << " of " << pixelBytes << ", row " << y;
+    }
+}
+
+TEST(Frame, SetAside_RowsShorterThanTheirPixels_AreRefused)
+{
+    std::vector<std::uint8_t> memory(64);
+    MemoryAllocator allocator;
+    FrameBuffer picture, aside;
+    picture.Attach(memory.data(), 4, 2, 15, 4, PF_BGRA8, false);
+    EXPECT_FALSE(SetAside(picture, picture, aside, allocator));
+    picture.Attach(memory.data(), 4, 2, 16, 4, PF_BGRA8, false);
+    EXPECT_TRUE(SetAside(picture, picture, aside, allocator));
 }
 
 TEST(Frame, HasWholePixelRows_OnlyForStridesThatAreMultiples)
