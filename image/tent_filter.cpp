@@ -27,6 +27,11 @@ bool IsSummable(const std::uint8_t* row, int width)
     return !outside;
 }
 
+bool AllocateTaps(Scratch& taps, const TentJob& job, std::int64_t bytes, MemoryAllocator& allocator)
+{
+    return job.plainTaps ? taps.AllocatePlain(allocator, bytes) : taps.Allocate(allocator, bytes);
+}
+
 TentScale ScaleFor(int taps, bool floats, bool truncate)
 {
     if (!floats)
@@ -89,9 +94,11 @@ public:
         const std::int64_t tapBytes = longestRun * 4 * static_cast<std::int64_t>(sizeof(const std::uint8_t*));
         return m_slope.Allocate(allocator, slopeBytes) && m_sum.Allocate(allocator, sumBytes)
             && m_turned.Allocate(allocator, turnedBytes)
-            && m_rows.Allocate(allocator, m_rowStep * m_blockRows) && m_taps.Allocate(allocator, tapBytes)
+            && m_rows.Allocate(allocator, m_rowStep * m_blockRows)
+            && AllocateTaps(m_taps, m_job, tapBytes, allocator)
             && (!m_floats
-                || m_kernel.Allocate(allocator, std::int64_t{m_job.rowTaps + m_job.columnTaps} * 4));
+                || AllocateTaps(m_kernel, m_job, std::int64_t{m_job.rowTaps + m_job.columnTaps} * 4,
+                                allocator));
     }
 
     void Run(TentRowSink& sink)
@@ -367,8 +374,9 @@ bool RunPasses(FrameBuffer& padded, FrameBuffer& columns, FrameBuffer& dst, cons
             return MakeTentKernelF(kernel, taps), 1;
     };
     Scratch kernel;
-    if (!kernel.Allocate(allocator,
-                         std::int64_t{std::max(job.rowTaps, job.columnTaps)} * std::int64_t{sizeof(Tap)} + 1))
+    if (!AllocateTaps(kernel, job,
+                      std::int64_t{std::max(job.rowTaps, job.columnTaps)} * std::int64_t{sizeof(Tap)},
+                      allocator))
         return false;
     auto* taps = reinterpret_cast<Tap*>(kernel.Bytes());
 

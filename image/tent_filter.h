@@ -27,7 +27,8 @@ struct TentJob {
     int columnTaps = 1; ///< vertical size
     int padWidth = 0;   ///< what a padded scratch picture is wider by: rowTaps, or rowTaps less 1 when odd
     int padHeight = 0;
-    bool truncate = false; ///< bytes: divide toward zero instead of rounding to nearest
+    bool truncate = false;  ///< bytes: divide toward zero instead of rounding to nearest
+    bool plainTaps = false; ///< the taps lie in the host's plain memory, not in that for pictures
 
     /// What of the filtered picture is wanted; all of it when this is empty. Pixels around the part are read as far
     /// as the kernel reaches. Bytes are those of the whole, float sums may start elsewhere.
@@ -36,11 +37,14 @@ struct TentJob {
     /// What ImageOps::Blur does, into a picture of `size`: the padding has room for what the kernel reaches.
     static TentJob Blur(Size size, int rowTaps, int columnTaps)
     {
-        return {size, rowTaps, columnTaps, rowTaps / 2 * 2, columnTaps / 2 * 2, false, {}};
+        return {size, rowTaps, columnTaps, rowTaps / 2 * 2, columnTaps / 2 * 2, false, false, {}};
     }
 
     /// The blur of the effects that make their scratch pictures larger by as many pixels as the kernel has taps.
-    static TentJob PaddedByTaps(Size size, int taps) { return {size, taps, taps, taps, taps, false, {}}; }
+    static TentJob PaddedByTaps(Size size, int taps)
+    {
+        return {size, taps, taps, taps, taps, false, true, {}};
+    }
 
     TentPart Part() const { return IsEmpty(part.size) ? TentPart{0, 0, size} : part; }
 

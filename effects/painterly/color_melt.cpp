@@ -58,52 +58,53 @@ void DissolveInto(FrameBuffer& output, const Pair& pair)
 }
 
 /// Dissolve, blur, colours, edge step and the second dissolve in one pass over the rows. Of the first dissolve no
-/// more rows are kept than the blur looks at.
-TentResult MeltRows(const Pair& pair, FrameBuffer& output, const TentJob& job, const MeltRow& melt,
-                    MemoryAllocator& allocator)
+/// more rows are kept than the blur looks at; without memory for them nothing comes out, without memory for the blur
+/// the dissolve alone. False when the picture is too small to have an inside: nothing is done then.
+bool MeltRows(const Pair& pair, FrameBuffer& output, const TentJob& job, const MeltRow& melt,
+              MemoryAllocator& allocator)
 {
     const int width = job.size.width;
     RowRing mix([&](int y, std::uint8_t* row) { pair.Row(y, width, row); });
     if (!mix.Allocate(allocator, job.RowsAtOnce(), job.size.height,
                       std::int64_t{width} * output.GetPixelBytes()))
-        return TentResult::NoMemory;
-    return FilterTentRows(mix, output.GetFormat(), job, allocator, [&](int y, const std::uint8_t* blurred) {
-        melt(mix.Row(y), blurred, output.PixelAddress(0, y, 0), width);
-    });
+        return true;
+    const TentResult result =
+        FilterTentRows(mix, output.GetFormat(), job, allocator, [&](int y, const std::uint8_t* blurred) {
+            melt(mix.Row(y), blurred, output.PixelAddress(0, y, 0), width);
+        });
+    if (result == TentResult::NoMemory)
+        DissolveInto(output, pair);
+    return result != TentResult::NotServed;
 }
 
-/// The blur into the output, then the rest: for pictures too small to have an inside.
-bool MeltStepwise(const Pair& pair, FrameBuffer& output, const TentJob& job, const MeltRow& melt,
+/// The same picture after picture: the blur into the output, then the rest.
+void MeltStepwise(const Pair& pair, FrameBuffer& output, const TentJob& job, const MeltRow& melt,
                   MemoryAllocator& allocator)
 {
     FrameBuffer mix;
-    if (!Dissolve(pair.first, pair.second, mix, job.size, pair.fade, allocator))
-        return false;
     ImageOps ops;
     // Rows that the filters leave out show the mix.
-    if (!ops.Copy(mix, output)
+    if (!Dissolve(pair.first, pair.second, mix, job.size, pair.fade, allocator) || !ops.Copy(mix, output)
         || !FilterTentStepwise(mix, output, job, AlphaLast(mix.GetFormat()), allocator, true))
-        return false;
+        return;
     if (IsAlphaFirst(mix.GetFormat()))
         ops.ReverseChannels(output, output);
     for (int y = 0; y < output.GetHeight(); ++y)
         melt(mix.PixelAddress(0, y, 0), output.PixelAddress(0, y, 0), output.PixelAddress(0, y, 0),
              output.GetWidth());
-    return true;
 }
 
-bool MeltPicture(const Pair& pair, FrameBuffer& output, const Knobs& knobs, float amount,
+void MeltPicture(const Pair& pair, FrameBuffer& output, const Knobs& knobs, float amount,
                  MemoryAllocator& allocator)
 {
     const int least = IsFloat(output.GetFormat()) ? 1 : 2;
     const int taps = std::max(color_melt::TapsFor(knobs.soften, output.GetHeight(), amount), least);
-    if (taps > color_melt::kMostTaps)
-        return false;
+    if (taps > color_melt::kMostTaps) // as many as no memory holds
+        return DissolveInto(output, pair);
     const TentJob job = TentJob::PaddedByTaps(SizeOf(output), taps);
     const MeltRow melt(output.GetFormat(), MakeMelt(knobs, amount));
-    const TentResult result = MeltRows(pair, output, job, melt, allocator);
-    return result == TentResult::NotServed ? MeltStepwise(pair, output, job, melt, allocator)
-                                           : result == TentResult::Done;
+    if (!MeltRows(pair, output, job, melt, allocator))
+        MeltStepwise(pair, output, job, melt, allocator);
 }
 
 } // namespace
@@ -131,9 +132,10 @@ bool CColormelt::RenderFrame(const RenderCall& call)
 
     const Crossfade curve = CrossfadeCurve(progress, knobs.crossFade, knobs.tempo);
     const Pair pair = {first, second, curve.fade};
-    // At the ends the melt has no weight.
-    if (curve.amount == 0.0f || !MeltPicture(pair, output, knobs, curve.amount, allocator))
+    if (curve.amount == 0.0f) // the ends, where the melt has no weight
         DissolveInto(output, pair);
+    else
+        MeltPicture(pair, output, knobs, curve.amount, allocator);
     return true;
 }
 

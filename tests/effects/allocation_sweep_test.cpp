@@ -116,7 +116,62 @@ public:
         }
     }
 
+    /// A host that gives no pictures but plain memory. What works picture by picture then leaves the output alone.
+    void RunWithoutImages()
+    {
+        SCOPED_TRACE("no pictures");
+        GuardedPicture out = m_before;
+        if (!RenderWithout({.refuseImages = true}, out))
+            return;
+        EXPECT_TRUE(IsLeft(out));
+        if (LeavesTheFirst(m_which)) {
+            EXPECT_TRUE(Equal(out, m_left.front()));
+        }
+    }
+
+    /// A host that gives pictures but no plain memory, which is for the taps of the blurs that are as long as
+    /// the picture asks for.
+    void RunWithoutPlainMemory()
+    {
+        SCOPED_TRACE("no plain memory");
+        GuardedPicture out = m_before;
+        const bool wasRefused = RenderWithout({.refusePlain = true}, out);
+        if (!IsScene(m_which)) {
+            EXPECT_EQ(wasRefused, KeepsTapsInPlainMemory(m_which));
+        }
+        if (wasRefused) {
+            EXPECT_TRUE(IsLeft(out));
+        }
+    }
+
 private:
+    static bool LeavesTheFirst(EffectClass which)
+    {
+        const EffectClass inner = InnerOf(which);
+        return inner == EffectClass::Airbrush || inner == EffectClass::Colormelt
+            || inner == EffectClass::Smear || inner == EffectClass::EmbossedPaperBlend
+            || inner == EffectClass::Activecamera || inner == EffectClass::UnsharpMask;
+    }
+    static bool KeepsTapsInPlainMemory(EffectClass which)
+    {
+        return InnerOf(which) == EffectClass::Airbrush || InnerOf(which) == EffectClass::Colormelt;
+    }
+
+    /// A render with such a host. Gives whether anything was refused; where nothing was, the picture is whole.
+    bool RenderWithout(const MemoryHabits& habits, const GuardedPicture& out)
+    {
+        FakeMemoryProvider memory(habits);
+        FakeHost host(Levels(m_which, m_knobs.levels));
+        host.SetMemory(&memory);
+        const bool result = RenderOnce(*NewEffect(m_which), host, out);
+        EXPECT_EQ(memory.OpenBlocks(), 0u);
+        EXPECT_EQ(result, memory.Refused() != 0 ? ResultWithoutMemory(m_which) : Succeeds());
+        if (memory.Refused() == 0) {
+            EXPECT_TRUE(Equal(out, m_whole));
+        }
+        return memory.Refused() != 0;
+    }
+
     bool Succeeds() const { return kelmora::Succeeds(m_which, m_knobs.levels, m_size.width, m_size.height); }
 
     /// A render with a refusal, and one on the same object without. Gives whether anything was refused.
@@ -227,6 +282,21 @@ TEST_P(AllocationSweep, Render_AnyBlockRefused_LeavesTheDocumentedPictureAndReco
     EXPECT_GT(refused[2], 0u) << "no memory was asked for";
     EXPECT_EQ(refused[1], 0u) << "operator new, which throws when it is refused, even where it only tells so";
     RecordProperty("renders", std::to_string(refused[0] + refused[1] + refused[2]));
+}
+
+TEST_P(AllocationSweep, Render_OneKindOfMemoryRefused_LeavesTheDocumentedPicture)
+{
+    for (const KnobSet& knobs : KnobSetsOf(GetParam()))
+        for (const std::uint32_t format : kPictureFormats)
+            for (const FrameSize& size : kFrames) {
+                SCOPED_TRACE(std::string(FormatName(format)) + ", " + std::to_string(size.width) + " x "
+                             + std::to_string(size.height) + (size.inPlace ? ", in place" : "")
+                             + ", last knob " + std::to_string(knobs.levels.back()));
+                Sweep sweep(GetParam(), knobs, format, size);
+                sweep.RunWithoutImages();
+                sweep.RunWithoutPlainMemory();
+                ASSERT_FALSE(HasFailure());
+            }
 }
 
 INSTANTIATE_TEST_SUITE_P(Effects, AllocationSweep, testing::ValuesIn(kAllEffects),

@@ -53,7 +53,8 @@ void* FakeMemoryProvider::Give(std::int32_t width, std::int32_t height, std::int
     const std::uint64_t bytes = width > 0 && height > 0 && pixelBytes > 0 ? static_cast<std::uint64_t>(width)
             * static_cast<std::uint64_t>(pixelBytes) * static_cast<std::uint64_t>(height)
                                                                           : 0;
-    const bool refuse = number == m_habits.refuseOnly || number >= m_habits.refuseFrom || bytes == 0
+    const bool refuse = number == m_habits.refuseOnly || number >= m_habits.refuseFrom
+        || (isImage ? m_habits.refuseImages : m_habits.refusePlain) || bytes == 0
         || bytes > m_habits.mostBytes;
     m_calls.push_back({isImage ? MemoryCall::AllocImage : MemoryCall::Alloc, refuse ? 0 : bytes,
                        isImage ? width : 0, isImage ? height : 0, isImage ? pixelBytes : 0});

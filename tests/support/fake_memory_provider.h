@@ -18,6 +18,8 @@ struct MemoryHabits {
 
     std::uint64_t refuseOnly = kNever; ///< number of the one allocation to refuse, from 0
     std::uint64_t refuseFrom = kNever; ///< number of the first of all allocations to refuse, from 0
+    bool refuseImages = false;         ///< every AllocImage, whatever its number
+    bool refusePlain = false;          ///< every Alloc
     std::uint32_t fill = 0xA5A5A5A5u;  ///< new memory holds this word over and over; 0x7FA5A5A5 is a NaN
     std::int32_t misalign = 0;         ///< bytes off 64-byte alignment, 0 to 63; Moat only
     std::int32_t slack = 0;            ///< bytes between the rows of a picture; Moat only

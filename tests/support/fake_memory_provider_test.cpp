@@ -88,8 +88,22 @@ TEST(FakeMemoryProvider_Habits, MoveMemoryAndStride)
     EXPECT_EQ(stride, -64);
     provider.FreeImage(liar);
 
-    provider.SetHabits({.answersBackwards = true});
+    provider.SetHabits({.refuseImages = true});
+    EXPECT_EQ(AskForPicture(provider, 3, 2), nullptr);
     void* memory = nullptr;
+    EXPECT_TRUE(provider.Alloc(&memory, 4));
+    provider.Free(memory);
+    EXPECT_EQ(provider.Refused(), 1u);
+
+    provider.SetHabits({.refusePlain = true});
+    EXPECT_FALSE(provider.Alloc(&memory, 4));
+    EXPECT_EQ(memory, nullptr);
+    void* const granted = AskForPicture(provider, 3, 2);
+    EXPECT_NE(granted, nullptr);
+    provider.FreeImage(granted);
+    EXPECT_EQ(provider.Refused(), 1u);
+
+    provider.SetHabits({.answersBackwards = true});
     EXPECT_FALSE(provider.Alloc(&memory, 4));
     ASSERT_NE(memory, nullptr);
     provider.Free(memory);
