@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <cstdlib>
 #include <functional>
 
 #include <gtest/gtest.h>
@@ -100,6 +101,44 @@ void Few(GuardedPicture& picture)
                 picture.SetByte(x, y, c, static_cast<std::uint8_t>(picture.Byte(x, y, c) & 0xC1));
 }
 
+/// Slopes with some grain, which go up and down.
+void Hills(GuardedPicture& picture)
+{
+    picture.FillNoise(9);
+    for (int y = 0; y < picture.Height(); ++y)
+        for (int x = 0; x < picture.Width(); ++x)
+            for (int c = 0; c < 4; ++c) {
+                const int along = x * (c + 1) / 4 + y * (4 - c) / 3;
+                const int level = std::abs(along % 200 - 100) + 70 + picture.Byte(x, y, c) % 8;
+                picture.SetByte(x, y, c, static_cast<std::uint8_t>(level));
+            }
+}
+
+/// Hills that steps in both directions cross, each from some row or column on.
+void Cliffs(GuardedPicture& picture)
+{
+    Hills(picture);
+    for (int y = 0; y < picture.Height(); ++y)
+        for (int x = 0; x < picture.Width(); ++x)
+            for (int c = 0; c < 4; ++c) {
+                const int step =
+                    (y > 40 + 20 * c && x > 130 ? 75 : 0) + (y % 170 > 100 && x % 90 < 20 ? -60 : 0);
+                picture.SetByte(x, y, c,
+                                static_cast<std::uint8_t>(std::max(picture.Byte(x, y, c) + step, 0)));
+            }
+}
+
+/// Rows take turns.
+void Stripes(GuardedPicture& picture)
+{
+    for (int y = 0; y < picture.Height(); ++y)
+        for (int x = 0; x < picture.Width(); ++x)
+            for (int c = 0; c < 4; ++c)
+                picture.SetByte(x, y, c, (y + c) % 3 == 0 ? 240 : 20);
+}
+
+const std::function<void(GuardedPicture&)> kSlopes[] = {Hills, Cliffs, Stripes};
+
 TEST(Median, EveryWidthAndLayoutWithSmallMasks_IsTheMiddleInOrder)
 {
     for (const auto& size : {Region{1, 1}, {1, 9}, {9, 1}, {3, 3}, {5, 7}, {15, 15}})
@@ -142,12 +181,16 @@ TEST(Median, IntoTheSourcesMemoryAboveTheMasks_IsTheMiddleInOrder)
         {{1, 1}, {1, 1, 0, 0}},    {{9, 7}, {1, 1, 0, 0}},    {{9, 7}, {1, 9, 0, 4}},
         {{40, 30}, {5, 3, 2, 1}},  {{70, 9}, {9, 5, 0, 4}},   {{70, 9}, {9, 5, 8, 0}},
         {{2051, 5}, {3, 3, 1, 1}}, {{4200, 4}, {7, 1, 3, 0}}, {{19, 9}, {5, 131, 2, 65}},
+        {{400, 60}, {5, 3, 2, 1}}, {{90, 400}, {3, 5, 1, 2}},
     };
     for (const auto& one : cases) {
         const Region region = one.region;
         const MedianMask mask = one.mask;
         GuardedPicture source = SourceFor({region.width, region.height + 1}, mask);
-        source.FillNoise(3);
+        if (region.height < 32)
+            source.FillNoise(3);
+        else
+            Cliffs(source);
         const Picture before = reference::Read(source);
         for (const int channels : {3, 4}) {
             Picture expected(region.width, region.height, PF_BGRA8);
@@ -183,6 +226,29 @@ TEST(Median, FlatCheckeredRampsAndFewValues_AreTheMiddleInOrder)
         CheckAgainstSorting({9, 5}, reference::CentredMask(7, 5), [level](GuardedPicture& picture) {
             picture.FillBytes(static_cast<std::uint8_t>(level));
         });
+}
+
+// From 32 rows on, columns whose medians lie close together go a way of their own, in tiles of some 250 columns and
+// blocks of 384 rows.
+TEST(Median, ManyColumnsAndRows_AreTheMiddleInOrder)
+{
+    struct {
+        Region mask, region;
+    } const cases[] = {
+        {{1, 1}, {300, 32}},  {{3, 3}, {600, 40}},  {{5, 3}, {47, 60}},   {{9, 5}, {140, 200}},
+        {{1, 7}, {70, 800}},  {{7, 1}, {261, 390}}, {{31, 9}, {130, 60}}, {{127, 3}, {150, 40}},
+        {{3, 127}, {50, 40}}, {{129, 3}, {60, 40}},
+    };
+    for (const auto& one : cases)
+        for (const auto& draw : kSlopes)
+            CheckAgainstSorting(one.region, reference::CentredMask(one.mask.width, one.mask.height), draw);
+}
+
+TEST(Median, ManyRowsAgainstUnreadablePages_AreNotReadBeyondTheMask)
+{
+    for (const Guard guard : {Guard::PageEnd, Guard::PageStart, Guard::PictureEnd, Guard::PictureStart})
+        for (const auto& draw : kSlopes)
+            CheckAgainstSorting({70, 40}, reference::CentredMask(7, 5), draw, {.guard = guard});
 }
 
 TEST(Median, AnchorsAtAllCorners_MoveTheMask)
