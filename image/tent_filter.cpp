@@ -1,7 +1,6 @@
 #include "image/tent_filter.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
 #include "image/image_ops.h"
@@ -14,18 +13,6 @@
 
 namespace kelmora {
 namespace {
-
-/// Magnitudes beyond this make running sums in double coarser than a float beside them.
-constexpr float kLargestSummed = 1024.0f;
-
-bool IsSummable(const std::uint8_t* row, int width)
-{
-    const auto* values = reinterpret_cast<const px::LooseFloat*>(row);
-    int outside = 0; // an or over the row vectorises; leaving early does not
-    for (int i = 0; i < width * 4; ++i)
-        outside |= !(std::fabs(values[i].v) <= kLargestSummed);
-    return !outside;
-}
 
 bool AllocateTaps(Scratch& taps, const TentJob& job, std::int64_t bytes, MemoryAllocator& allocator)
 {
@@ -106,13 +93,10 @@ public:
         const int last = m_lines.last;
         if (m_floats)
             MakeKernels();
-        m_summable = RowsAreSummable(m_lines.first + m_columnTaps.last - 1);
-        MoveToFirstRow();
+        bool summable = MoveToFirstRow();
         for (int y = m_lines.first; y <= last; y += m_blockRows) {
-            m_summable = m_summable && RowsAreSummable(y + m_blockRows - 1 + m_columnTaps.last);
-            if (m_summable)
-                FilterBlock(y);
-            else
+            summable = summable && FilterBlock(y);
+            if (!summable)
                 FilterBlockAfresh(y);
             for (int r = 0; r < m_blockRows && y + r <= last; ++r)
                 HandOut(sink, y + r, m_rows.Bytes() + m_rowStep * r);
@@ -172,28 +156,33 @@ private:
         return job;
     }
 
-    void RunColumns(const TentColumns& job)
+    /// Whether running sums can take the rows that came in; bytes always.
+    bool RunColumns(const TentColumns& job)
     {
-        (m_floats ? m_kernels.floatColumns : m_kernels.byteColumns)(job);
+        if (m_floats)
+            return m_kernels.floatColumns(job);
+        m_kernels.byteColumns(job);
+        return true;
     }
 
     int StepsToFirstRow() const { return std::max(m_lines.first - m_lines.from + m_columnTaps.last - 1, 0); }
 
     /// Brings the column sums to the row before the first: from a window that holds nothing but copies of
     /// the first row that counts.
-    void MoveToFirstRow()
+    bool MoveToFirstRow()
     {
         const int steps = StepsToFirstRow();
         TentColumns job = ColumnJob(m_lines.first - steps, steps);
         job.flat = SourceRow(m_lines.from);
-        RunColumns(job);
+        return RunColumns(job);
     }
 
-    void FilterBlock(int y)
+    bool FilterBlock(int y)
     {
         TentColumns columns = ColumnJob(y, m_blockRows);
         columns.turned = Turned(m_readFrom);
-        RunColumns(columns);
+        if (!RunColumns(columns))
+            return false;
         PadTurned();
 
         TentRows rows = {};
@@ -208,6 +197,7 @@ private:
         rows.wide = m_job.rowTaps > kTentNarrowTaps;
         rows.peaked = m_rowTaps.rise == m_rowTaps.fall;
         (m_floats ? m_kernels.floatRowPass : m_kernels.byteRowPass)(rows);
+        return true;
     }
 
     // --- floats that running sums cannot take ---------------------------------------------------------
@@ -219,15 +209,6 @@ private:
     {
         MakeTentKernelF(ColumnKernel(), m_job.columnTaps);
         MakeTentKernelF(RowKernel(), m_job.rowTaps);
-    }
-
-    /// Looks at the rows up to `last` that were not looked at before; bytes are always summable.
-    bool RowsAreSummable(int last)
-    {
-        bool summable = true;
-        for (; m_floats && m_rowsSeen <= std::min(last, m_lines.to); ++m_rowsSeen)
-            summable &= IsSummable(SourceRow(m_rowsSeen), m_readWidth);
-        return summable;
     }
 
     void FilterBlockAfresh(int y)
@@ -296,8 +277,6 @@ private:
     const TentTaps m_columnTaps, m_rowTaps;
     const TentScale m_columnScale, m_rowScale;
     std::int64_t m_rowStep = 0;
-    int m_rowsSeen = m_lines.from;
-    bool m_summable = true;
     Scratch m_slope, m_sum, m_turned, m_rows, m_taps, m_kernel;
 };
 

@@ -74,11 +74,14 @@ bool SharpenStepwise(const FrameBuffer& src, FrameBuffer& dst, Size size, int xS
     return true;
 }
 
-bool Sharpen(const FrameBuffer& src, FrameBuffer& dst, const Plan& plan, bool halfHeight,
-             MemoryAllocator& allocator)
+/// What of the output is there.
+enum class Sharpened { Nothing, Colours, AllChannels };
+
+Sharpened Sharpen(const FrameBuffer& src, FrameBuffer& dst, const Plan& plan, bool halfHeight,
+                  MemoryAllocator& allocator)
 {
     if (!(plan.radius > 0 && plan.amount > 0))
-        return false;
+        return Sharpened::Nothing;
     const Size size = SizeOf(dst);
     const int ySize = detail_enhancer::BlurSize(plan.radius, size.height);
     const int xSize = detail_enhancer::BlurWidth(ySize, halfHeight);
@@ -86,9 +89,10 @@ bool Sharpen(const FrameBuffer& src, FrameBuffer& dst, const Plan& plan, bool ha
         const TentResult result =
             SharpenRows(src, dst, BlurJob(src, size, xSize, ySize), plan.amount, allocator);
         if (result != TentResult::NotServed)
-            return result == TentResult::Done;
+            return result == TentResult::Done ? Sharpened::AllChannels : Sharpened::Nothing;
     }
-    return SharpenStepwise(src, dst, size, xSize, ySize, plan.amount, allocator);
+    return SharpenStepwise(src, dst, size, xSize, ySize, plan.amount, allocator) ? Sharpened::Colours
+                                                                                 : Sharpened::Nothing;
 }
 
 } // namespace
@@ -110,9 +114,12 @@ bool CUnsharpMask::RenderFrame(const RenderCall& call)
     if (!IsServed(src, dst))
         return true;
 
+    const Sharpened sharpened = Sharpen(src, dst, plan, IsHalfHeight(call.info), allocator);
+    if (sharpened == Sharpened::AllChannels)
+        return true;
     // Without memory, and without anything to add, the picture itself is what remains.
     ImageOps ops;
-    if (!Sharpen(src, dst, plan, IsHalfHeight(call.info), allocator))
+    if (sharpened == Sharpened::Nothing)
         ops.Copy(src, dst);
     const int alpha = AlphaIndex(src.GetFormat());
     ops.CopyChannel(src, dst, alpha, alpha);

@@ -65,11 +65,15 @@ void CombineFloats(const UnsharpRow<float>& row)
     const auto* alpha = static_cast<const uint8_t*>(row.alpha);
     auto* result = static_cast<uint8_t*>(row.result);
     const ptrdiff_t bytes = static_cast<ptrdiff_t>(row.width) * 16;
+    const bool streams = CanStream(result, bytes);
     ptrdiff_t at = 0;
-    for (; at + kVectorBytes <= bytes; at += kVectorBytes)
-        Store(result + at,
-              CombineValues(Load<F32>(picture + at), Load<F32>(blurred + at), Load<F32>(alpha + at),
-                            alphaMask, boost, amount));
+    for (; at + kVectorBytes <= bytes; at += kVectorBytes) {
+        const F32 sharp = CombineValues(Load<F32>(picture + at), Load<F32>(blurred + at),
+                                        Load<F32>(alpha + at), alphaMask, boost, amount);
+        streams ? Stream(result + at, sharp) : Store(result + at, sharp);
+    }
+    if (streams)
+        EndStream();
     if (const int rest = static_cast<int>(bytes - at); rest > 0)
         StorePart(result + at,
                   CombineValues(LoadPart<F32>(picture + at, rest), LoadPart<F32>(blurred + at, rest),

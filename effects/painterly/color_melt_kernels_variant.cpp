@@ -61,7 +61,7 @@ template <class P, bool straight>
 KELMORA_INLINE U32 MeltPixels(U32 mix, U32 blurred, const MeltLook& look)
 {
     const U32 driven = DriveColours<P, straight>(blurred, look);
-    const U32 melted = LiftPixels<P, LiftedAlpha::Lifted>(mix, driven, LiftWeights(look.share, 0));
+    const U32 melted = LiftPixels<P, LiftedAlpha::Lifted>(mix, driven, PairWeights(look.share, 0));
     return Weigh(mix, melted, U16{} + static_cast<uint16_t>(look.mixWeight),
                  U16{} + static_cast<uint16_t>(look.meltWeight));
 }
@@ -100,8 +100,8 @@ KELMORA_INLINE void DriveColours(F32 (&p)[4], const MeltLook& look)
     const auto coloured = (most > zero) & (range > zero);
     const F32 safeRange = coloured ? range : one;
 
-    const F32 fromGreen = most == g ? (r - b) / safeRange + 2.0f : (b - g) / safeRange + 4.0f;
-    const F32 turn = most == b ? (g - r) / safeRange : fromGreen;
+    const F32 way = (most == b ? g - r : most == g ? r - b : b - g) / safeRange;
+    const F32 turn = most == b ? way : way + (most == g ? zero + 2.0f : zero + 4.0f);
     // The last sixth counts from below blue: negative turns as they are.
     const F32 hue = coloured ? (turn >= zero + 5.0f ? turn - 6.0f : turn) : zero;
 
@@ -154,6 +154,7 @@ void MeltFloats(const void* mix, const void* blurred, void* result, int width, c
     auto* out = static_cast<uint8_t*>(result);
     constexpr int strip = 4 * kVectorBytes;
     const ptrdiff_t bytes = static_cast<ptrdiff_t>(width) * 16;
+    const bool streams = CanStream(out, bytes);
     ptrdiff_t at = 0;
     for (; at + strip <= bytes; at += strip) {
         F32 a[4], b[4];
@@ -163,8 +164,10 @@ void MeltFloats(const void* mix, const void* blurred, void* result, int width, c
         }
         MeltPixels<P>(a, b, look);
         for (int i = 0; i < 4; ++i)
-            Store(out + at + i * kVectorBytes, b[i]);
+            streams ? Stream(out + at + i * kVectorBytes, b[i]) : Store(out + at + i * kVectorBytes, b[i]);
     }
+    if (streams)
+        EndStream();
     if (at < bytes) {
         // A copy of its own: vectors whose address is taken would live in memory in the loop above as well.
         const auto rest = static_cast<size_t>(bytes - at);
@@ -179,7 +182,7 @@ void MeltFloats(const void* mix, const void* blurred, void* result, int width, c
 } // namespace
 
 extern const MeltKernels kMeltKernels;
-const MeltKernels kMeltKernels = {MeltAnyBytes<Bgra>, MeltAnyBytes<Argb>, MeltFloats<LiftBgraPlanes>,
-                                  MeltFloats<LiftArgbPlanes>};
+const MeltKernels kMeltKernels = {MeltAnyBytes<Bgra>, MeltAnyBytes<Argb>, MeltFloats<BgraPlanes>,
+                                  MeltFloats<ArgbPlanes>};
 
 } // namespace kelmora::KELMORA_VARIANT

@@ -64,6 +64,58 @@ KELMORA_INLINE void MeanValues(const SmearRow& row, ptrdiff_t bytes, const Mean&
     }
 }
 
+/// Calls mean(own, here, next) for whole vectors and for the rest, in the order that the row wants. load(at, bytes) is
+/// what stands `at` bytes behind the first neighbours, as far as there are `bytes`, and `next` is that of the vector
+/// behind `here`. Each neighbour is loaded once, and before pixels are replaced: the row may be its own source.
+template <class V, class Neighbours, int pixelBytes, class LoadAt, class Mean>
+KELMORA_INLINE void MeanOfNeighbours(const SmearRow& row, const LoadAt& load, const Mean& mean)
+{
+    auto* const pixels = static_cast<uint8_t*>(row.pixels);
+    const ptrdiff_t bytes = static_cast<ptrdiff_t>(row.count) * pixelBytes;
+    const ptrdiff_t whole = bytes / kVectorBytes * kVectorBytes, there = bytes + pixelBytes;
+    const int rest = static_cast<int>(bytes - whole);
+    const auto meanAt = [&](ptrdiff_t at, const Neighbours& here, const Neighbours& next)
+        __attribute__((always_inline))
+    {
+        Store(pixels + at, mean(Load<V>(pixels + at), here, next));
+    };
+    const auto meanOfRest = [&](const Neighbours& here) __attribute__((always_inline))
+    {
+        if (rest > 0)
+            StoreRest(pixels + whole, mean(LoadRest<V>(pixels + whole, rest), here, Neighbours{}), rest);
+    };
+    if (row.backward) {
+        Neighbours next = load(whole, there - whole);
+        meanOfRest(next);
+        for (ptrdiff_t at = whole - kVectorBytes; at >= 0; at -= kVectorBytes) {
+            const Neighbours here = load(at, kVectorBytes);
+            meanAt(at, here, next);
+            next = here;
+        }
+    } else {
+        Neighbours here = load(0, there);
+        ptrdiff_t at = 0;
+        for (; at + 2 * kVectorBytes <= there; at += kVectorBytes) {
+            const Neighbours next = load(at + kVectorBytes, kVectorBytes);
+            meanAt(at, here, next);
+            here = next;
+        }
+        if (at < whole) {
+            const Neighbours next = load(whole, there - whole);
+            meanAt(at, here, next);
+            here = next;
+        }
+        meanOfRest(here);
+    }
+}
+
+/// What stands at `from`, as far as there are `bytes`.
+template <class V>
+KELMORA_INLINE V LoadUpTo(const uint8_t* from, ptrdiff_t bytes)
+{
+    return bytes >= kVectorBytes ? Load<V>(from) : LoadRest<V>(from, static_cast<int>(bytes));
+}
+
 // --- floats ---------------------------------------------------------------------------------------------
 
 /// What is moved over the pixels, row by row: to the right, then down.
@@ -95,15 +147,40 @@ void MeanFloats(const SmearRow& row)
         });
 }
 
+/// Each pixel's right neighbour, of which the last is `next`'s first.
+[[maybe_unused]] KELMORA_INLINE F32 RightOf(F32 here, F32 next)
+{
+#if defined(__AVX512BW__)
+    return (F32)_mm512_alignr_epi32((__m512i)next, (__m512i)here, 4);
+#elif defined(__AVX2__)
+    return (F32)_mm256_permute2f128_ps((__m256)here, (__m256)next, 0x21);
+#else
+    return (void)here, next;
+#endif
+}
+
 void MeanLevelFloats(const SmearRow& row)
 {
     const FloatShift shift(row);
     const auto* const upper = static_cast<const uint8_t*>(row.upper);
-    MeanValues<F32>(
-        row, static_cast<ptrdiff_t>(row.count) * 16, [=](F32 own, auto load) __attribute__((always_inline)) {
-            // The row below would add a positive 0.
-            return (own + (shift.Across(load(upper), load(upper + 16)) + 0.0f)) * 0.5f;
-        });
+    const auto mean = [=](F32 own, F32 left, F32 right) __attribute__((always_inline))
+    {
+        // The row below would add a positive 0.
+        return (own + (shift.Across(left, right) + 0.0f)) * 0.5f;
+    };
+    if constexpr (kVectorBytes == 16) // a vector is a pixel, so that its neighbour is one as well
+        MeanValues<F32>(
+            row,
+            static_cast<ptrdiff_t>(row.count) * 16, [=](F32 own, auto load) __attribute__((always_inline)) {
+                return mean(own, load(upper), load(upper + 16));
+            });
+    else
+        MeanOfNeighbours<F32, F32, 16>(
+            row,
+            [=](ptrdiff_t at, ptrdiff_t bytes)
+                __attribute__((always_inline)) { return LoadUpTo<F32>(upper + at, bytes); },
+            [=](F32 own, F32 here, F32 next)
+                __attribute__((always_inline)) { return mean(own, here, RightOf(here, next)); });
 }
 
 bool AreOrdinary(const void* floats, int values)
@@ -222,10 +299,7 @@ public:
     /// What lies `at` bytes behind the first pixel, up to `bytes` of it.
     KELMORA_METHOD Words DownAt(ptrdiff_t at, ptrdiff_t bytes) const
     {
-        if (bytes >= kVectorBytes)
-            return DownOf(Load<U8>(m_upper + at), Load<U8>(m_lower + at));
-        const int rest = static_cast<int>(bytes);
-        return DownOf(LoadRest<U8>(m_upper + at, rest), LoadRest<U8>(m_lower + at, rest));
+        return DownOf(LoadUpTo<U8>(m_upper + at, bytes), LoadUpTo<U8>(m_lower + at, bytes));
     }
 
     KELMORA_METHOD U8 Across(const Words& here, const Words& next) const
@@ -257,38 +331,11 @@ private:
 void MeanShiftedBytes(const SmearRow& row)
 {
     const ByteShift shift(row);
-    auto* const pixels = static_cast<uint8_t*>(row.pixels);
-    const ptrdiff_t bytes = static_cast<ptrdiff_t>(row.count) * 4;
-    const ptrdiff_t whole = bytes / kVectorBytes * kVectorBytes, there = bytes + 4;
-    const int rest = static_cast<int>(bytes - whole);
-    const auto meanAt = [&](ptrdiff_t at, const Words& here, const Words& next) __attribute__((always_inline))
-    {
-        Store(pixels + at, HalveEven(Load<U8>(pixels + at), shift.Across(here, next)));
-    };
-    const auto meanOfRest = [&](const Words& here) __attribute__((always_inline))
-    {
-        if (rest > 0)
-            StoreRest(pixels + whole,
-                      HalveEven(LoadRest<U8>(pixels + whole, rest), shift.Across(here, Words{})), rest);
-    };
-    if (row.backward) {
-        Words next = shift.DownAt(whole, there - whole);
-        meanOfRest(next);
-        for (ptrdiff_t at = whole - kVectorBytes; at >= 0; at -= kVectorBytes) {
-            const Words here = shift.DownAt(at, kVectorBytes);
-            meanAt(at, here, next);
-            next = here;
-        }
-    } else {
-        Words here = shift.DownAt(0, there);
-        for (ptrdiff_t at = 0; at < whole; at += kVectorBytes) {
-            // Before the pixels are replaced: the row may be its own source.
-            const Words next = shift.DownAt(at + kVectorBytes, there - at - kVectorBytes);
-            meanAt(at, here, next);
-            here = next;
-        }
-        meanOfRest(here);
-    }
+    MeanOfNeighbours<U8, Words, 4>(
+        row,
+        [&](ptrdiff_t at, ptrdiff_t bytes) __attribute__((always_inline)) { return shift.DownAt(at, bytes); },
+        [&](U8 own, const Words& here, const Words& next)
+            __attribute__((always_inline)) { return HalveEven(own, shift.Across(here, next)); });
 }
 
 void MeanBytes(const SmearRow& row)

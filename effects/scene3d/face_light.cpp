@@ -65,12 +65,10 @@ void LightBytes(const FrameBuffer& from, FrameBuffer& to, double light)
 
 void LightFloats(const FrameBuffer& from, FrameBuffer& to, double light)
 {
-    const float factor = static_cast<float>(light);
-    float factors[4] = {factor, factor, factor, factor};
-    factors[AlphaIndex(to.GetFormat())] = 1.0f;
+    const LightFactors factors(to.GetFormat(), light);
     const auto lightRow = FaceKernelsFor(CurrentVariant()).lightFloats;
     for (int y = 0; y < to.GetHeight(); ++y)
-        lightRow(from.PixelAddress(0, y, 0), to.PixelAddress(0, y, 0), to.GetWidth(), factors);
+        lightRow(from.PixelAddress(0, y, 0), to.PixelAddress(0, y, 0), to.GetWidth(), factors.values);
 }
 
 void LightPacked(FrameBuffer& picture, double light)
@@ -243,6 +241,12 @@ void ApplyLight(FrameBuffer& picture, double light)
         || !Holds(picture, picture.GetWidth(), PixelBytesOf(format)))
         return;
     CopyLit(picture, picture, light);
+}
+
+LightFactors::LightFactors(std::uint32_t format, double light)
+{
+    std::fill_n(values, 4, static_cast<float>(light));
+    values[AlphaIndex(format)] = 1.0f;
 }
 
 void CopyLit(const FrameBuffer& from, FrameBuffer& to, double light)

@@ -13,6 +13,13 @@ namespace kelmora {
 /// darkened; masks and unknown formats stay as they are, as do pictures whose rows do not hold their pixels.
 void ApplyLight(FrameBuffer& picture, double light);
 
+/// What ApplyLight multiplies the four values of a float pixel by.
+struct LightFactors {
+    float values[4];
+
+    LightFactors(std::uint32_t format, double light);
+};
+
 /// A copy of a picture of one of the four picture formats, darkened as ApplyLight does it. Both pictures have the same
 /// size and format, and hold their pixels.
 void CopyLit(const FrameBuffer& from, FrameBuffer& to, double light);

@@ -14,6 +14,13 @@
 namespace kelmora {
 namespace {
 
+/// Whether the rectangle ends in the picture. By the grid's rounding, or because a back is smaller, it may not.
+bool EndsIn(const FrameBuffer& picture, const SourceRect& rect)
+{
+    return std::int64_t{rect.x} + rect.width <= picture.GetWidth()
+        && std::int64_t{rect.y} + rect.height <= picture.GetHeight();
+}
+
 /// A view of pixels that all lie in a picture of one of the four picture formats; false for any others.
 bool AttachPart(FrameBuffer& view, const FrameBuffer& picture, const SourceRect& rect)
 {
@@ -181,8 +188,17 @@ bool Scene3D::DrawFace(const QuadFace& face, std::uint32_t interpolation, bool b
     if (!Look(face, backOnly, view))
         return false;
     const FrameBuffer* const texture = face.GetTexture(view.isBack);
-    FrameBuffer part;
-    if (!view.isBeside && texture && MakePart(*texture, face.GetSourceRect(view.isBack), view.light, part))
+    if (view.isBeside || !texture)
+        return true;
+    // A face that needs no copy asks for its space as well: without memory no face is drawn, whatever its light.
+    const SourceRect rect = face.GetSourceRect(view.isBack);
+    FrameBuffer shown, part;
+    if (!TakeSpace(*texture, rect, part))
+        return true;
+    if (view.light < 1.0 && ShowsAsItIs(*texture, rect, shown)
+        && m_canvas->WarpLit(view.quad, shown, view.light, interpolation))
+        return true;
+    if (MakePart(*texture, rect, view.light, part))
         m_canvas->Warp(view.quad, &part, interpolation);
     return true;
 }
@@ -202,25 +218,25 @@ bool Scene3D::TakeSpace(const FrameBuffer& texture, const SourceRect& rect, Fram
                        texture.GetPixelBytes(), texture.GetFormat(), false);
 }
 
-/// What the face shows, as bright as it is: of the texture itself where that is all. False where it is left out.
+/// Whether the face shows nothing but pixels of the texture, light aside: `shown`.
+bool Scene3D::ShowsAsItIs(const FrameBuffer& texture, const SourceRect& rect, FrameBuffer& shown) const
+{
+    return EndsIn(texture, rect) && m_filters.empty() && AttachPart(shown, texture, rect);
+}
+
+/// What the face shows, as bright as it is: in the space for it, or of the texture itself where that is all. False
+/// where it is left out.
 bool Scene3D::MakePart(const FrameBuffer& texture, const SourceRect& rect, double light, FrameBuffer& part)
 {
-    // The rectangle may stick out of the texture, by the grid's rounding or because the back is smaller.
-    const bool isWhole = std::int64_t{rect.x} + rect.width <= texture.GetWidth()
-        && std::int64_t{rect.y} + rect.height <= texture.GetHeight();
     FrameBuffer shown;
-    if (isWhole && m_filters.empty() && AttachPart(shown, texture, rect)) {
+    if (ShowsAsItIs(texture, rect, shown)) {
         if (!(light < 1.0))
             return part.AttachBuffer(shown);
-        if (!TakeSpace(texture, rect, part))
-            return false;
         CopyLit(shown, part, light);
         return true;
     }
-    if (!TakeSpace(texture, rect, part))
-        return false;
     ImageOps ops;
-    if (!isWhole)
+    if (!EndsIn(texture, rect))
         ops.Fill(part, 0);
     if (!ops.CopyRect(texture, rect.x, rect.y, rect.width, rect.height, part, 0, 0))
         return false;

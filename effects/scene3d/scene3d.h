@@ -107,6 +107,7 @@ private:
 
     Vector3 FrameCorner(double x, double y) const;
     bool TakeSpace(const FrameBuffer& texture, const SourceRect& rect, FrameBuffer& part);
+    bool ShowsAsItIs(const FrameBuffer& texture, const SourceRect& rect, FrameBuffer& shown) const;
     bool MakePart(const FrameBuffer& texture, const SourceRect& rect, double light, FrameBuffer& part);
 
     std::optional<SceneCanvas> m_canvas; // none before the first frame

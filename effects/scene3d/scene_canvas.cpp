@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <cstring>
 
+#include "effects/scene3d/face_light.h"
 #include "image/image_ops.h"
 #include "image/levels.h"
 #include "image/picture_check.h"
 #include "image/pixel_format.h"
 #include "image/pixel_layouts.h"
 #include "image/primitives/detail/loose_float.h"
+#include "image/primitives/warp.h"
 
 namespace kelmora {
 namespace {
@@ -116,6 +118,25 @@ void SceneCanvas::Warp(const double quad[4][2], const FrameBuffer* picture, std:
         return;
     ImageOps ops;
     ops.WarpQuad(*picture, *this, quad, interpolation);
+}
+
+bool SceneCanvas::WarpLit(const double quad[4][2], const FrameBuffer& picture, double light,
+                          std::uint32_t interpolation)
+{
+    const std::uint32_t format = picture.GetFormat();
+    const int bytes = PixelBytesOf(format);
+    if (!IsPicture(format) || !IsFloat(format) || format != GetFormat()
+        || !Holds(picture, picture.GetWidth(), bytes) || !Holds(*this, GetWidth(), bytes))
+        return false;
+    const PxRect from = {0, 0, picture.GetWidth(), picture.GetHeight()};
+    const PxRect to = {0, 0, GetWidth(), GetHeight()};
+    double coeffs[3][3];
+    if (pxQuadTransform(from, quad, coeffs) != pxOk)
+        return true; // a copy cannot be laid either
+    const PxStatus status = pxWarpQuadLit_32f_C4(
+        Floats(picture.GetPixels()), from.width, from.height, picture.GetStride(), from, Floats(GetPixels()),
+        GetStride(), to, coeffs, interpolation, LightFactors(format, light).values);
+    return status != pxBadSize && status != pxBadInterpolation;
 }
 
 } // namespace kelmora

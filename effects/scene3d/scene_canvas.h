@@ -31,6 +31,10 @@ public:
     /// What cannot be laid leaves the canvas as it is.
     void Warp(const double quad[4][2], const FrameBuffer* picture, std::uint32_t interpolation);
 
+    /// The same of what CopyLit makes of a picture of floats, without the copy. False where that cannot be done.
+    bool WarpLit(const double quad[4][2], const FrameBuffer& picture, double light,
+                 std::uint32_t interpolation);
+
     int canvasWidth = 0;
     int canvasHeight = 0;
     double aspect = 1.0; ///< of the world's frame; nothing sets another one

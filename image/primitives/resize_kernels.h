@@ -28,7 +28,8 @@ struct ResizeDown {
     std::int16_t whole[2]; ///< of two taps, in 16384ths: 0 and more, 16384 in sum
     int taps;
     std::uint8_t* dst;
-    int count; ///< pixels
+    int count;           ///< pixels
+    std::uint8_t* ahead; ///< likewise the row that is written next, which is fetched into the caches
 };
 
 /// Two source rows of floats with four channels, filtered across in double, the first tap first.

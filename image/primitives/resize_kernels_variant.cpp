@@ -207,8 +207,10 @@ void DownTwoRow(const ResizeDown& down)
     const I16 weights = (I16)(I32{} + (down.whole[0] | down.whole[1] << 16));
     const ptrdiff_t bytes = static_cast<ptrdiff_t>(down.count) * 4;
     ptrdiff_t at = 0;
-    for (; at + kVectorBytes <= bytes; at += kVectorBytes)
+    for (; at + kVectorBytes <= bytes; at += kVectorBytes) {
+        __builtin_prefetch(down.ahead + at, 1);
         Store(dst + at, DownTwo(above + at, below + at, weights));
+    }
     if (at < bytes)
         StorePart(dst + at, DownTwo(above + at, below + at, weights), static_cast<int>(bytes - at));
 }
@@ -218,8 +220,10 @@ KELMORA_INLINE void DownRow(const ResizeDown& given)
 {
     const ResizeDown down = given; // stores could change it for all that the compiler knows
     int x = 0;
-    for (; x + kPixels <= down.count; x += kPixels)
+    for (; x + kPixels <= down.count; x += kPixels) {
+        __builtin_prefetch(down.ahead + x * 4, 1);
         Store(down.dst + x * 4, DownPixels<taps>(down, static_cast<ptrdiff_t>(x) * 4));
+    }
     if (x < down.count)
         StorePart(down.dst + x * 4, DownPixels<taps>(down, static_cast<ptrdiff_t>(x) * 4),
                   (down.count - x) * 4);

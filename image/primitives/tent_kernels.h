@@ -36,12 +36,13 @@ constexpr TentTaps TapsOf(int taps)
     return {before, before + rise, before + taps - rise + 1, reach};
 }
 
-/// How a sum of bytes becomes a byte: round(sum * spread * factor + bias), every product rounded, in single
-/// or in double precision.
+/// How a sum of bytes becomes a byte: round(sum * spread * factor + sum * rest + bias), every product and every
+/// addition rounded, in single or in double precision.
 struct TentScale {
     bool single = false;
     int spread = 1; ///< single precision only: a whole number that sums are multiplied by first
     double factor = 0;
+    double rest = 0; ///< single precision only, and then alone beside the factor
     double bias = 0;
     std::int32_t patchedSum = 0; ///< single precision only: the one sum that comes out wrong, or 0
     int patch = 0;               ///< from it to the sum beside it that comes out as it should: 1 or -1
@@ -84,6 +85,9 @@ inline constexpr int kTentNarrowTaps = 256;
 /// The most taps for which a sum of bytes fits 32 bits.
 inline constexpr int kTentMostTaps = 5800;
 
+/// Magnitudes beyond this make running sums in double coarser than a float beside them.
+inline constexpr float kTentLargestSummed = 1024.0f;
+
 /// Pixels that a kernel may write behind the last column.
 inline constexpr int kTentSpare = 16;
 
@@ -94,7 +98,9 @@ struct TentKernels {
     int floatRows; ///< rows of a block of float pixels; a turned column is 16 * floatRows bytes
     void (*byteColumns)(const TentColumns&);
     void (*byteRowPass)(const TentRows&);
-    void (*floatColumns)(const TentColumns&);
+    /// False: a row that came in holds more than kTentLargestSummed or no number, and neither state nor result is of
+    /// use. The rows that come in are `flat` and the last ones of each step.
+    bool (*floatColumns)(const TentColumns&);
     void (*floatRowPass)(const TentRows&);
 };
 

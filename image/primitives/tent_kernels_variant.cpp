@@ -9,18 +9,19 @@ namespace {
 // --- bytes --------------------------------------------------------------------------------------------------
 
 /// The forms that the scale of a sum takes: no form does more than its numbers ask for.
-enum class Form { Single, SingleSpread, SinglePatched, SingleBiased, Double, DoubleBiased };
+enum class Form { Single, SingleSpread, SinglePair, SinglePatched, SingleBiased, Double, DoubleBiased };
 
 struct Scale {
-    F32 spread, factor, bias;
+    F32 spread, factor, rest, bias;
     F64 factorDouble, biasDouble;
     I32 patchedSum;
     F32 patch; ///< the sum to take in its place
 
     explicit Scale(const TentScale& scale)
         : spread(F32{} + static_cast<float>(scale.spread)), factor(F32{} + static_cast<float>(scale.factor)),
-          bias(F32{} + static_cast<float>(scale.bias)), factorDouble(F64{} + scale.factor),
-          biasDouble(F64{} + scale.bias), patchedSum(I32{} + scale.patchedSum),
+          rest(F32{} + static_cast<float>(scale.rest)), bias(F32{} + static_cast<float>(scale.bias)),
+          factorDouble(F64{} + scale.factor), biasDouble(F64{} + scale.bias),
+          patchedSum(I32{} + scale.patchedSum),
           patch(F32{} + static_cast<float>(scale.patchedSum + scale.patch))
     {
     }
@@ -33,6 +34,8 @@ KELMORA_INLINE I32 Finish(I32 sum, const Scale& scale)
         return Round(ToFloat(sum) * scale.factor);
     if constexpr (form == Form::SingleSpread)
         return Round(ToFloat(sum) * scale.spread * scale.factor);
+    if constexpr (form == Form::SinglePair)
+        return Round(ToFloat(sum) * scale.factor + ToFloat(sum) * scale.rest);
     if constexpr (form == Form::SinglePatched)
         return Round((sum == scale.patchedSum ? scale.patch : ToFloat(sum)) * scale.spread * scale.factor);
     if constexpr (form == Form::SingleBiased)
@@ -217,6 +220,8 @@ void WithForm(const TentScale& scale, Work&& work)
 {
     if (scale.single && scale.bias != 0)
         work.template operator()<Form::SingleBiased>();
+    else if (scale.single && scale.rest != 0)
+        work.template operator()<Form::SinglePair>();
     else if (scale.single && scale.patch != 0)
         work.template operator()<Form::SinglePatched>();
     else if (scale.single && scale.spread != 1)
@@ -269,13 +274,33 @@ constexpr int kGroupVectors = kGroup * 4 / kDoubles;
 
 constexpr int kPrefetchBytes = 1024;
 
-KELMORA_INLINE F64 SecondDifference(const std::uint8_t* first, const std::uint8_t* rise,
-                                    const std::uint8_t* fall, const std::uint8_t* last)
+KELMORA_INLINE F64 SecondDifference(const std::uint8_t* first, F64 rise, F64 fall, const std::uint8_t* last)
 {
     // One order for all instruction sets: the sums must come out alike to the last bit.
-    return ((LoadFloatsAsDoubles(first) - LoadFloatsAsDoubles(rise)) - LoadFloatsAsDoubles(fall))
-        + LoadFloatsAsDoubles(last);
+    return ((LoadFloatsAsDoubles(first) - rise) - fall) + LoadFloatsAsDoubles(last);
 }
+
+/// Watches for floats that running sums cannot take.
+struct Guard {
+    I32 least = {}; ///< below zero once there was one
+
+    /// As many bytes of floats as a group has.
+    KELMORA_METHOD void Watch(const std::uint8_t* floats)
+    {
+        // Without their sign floats go up with their bits, to infinity and on to what is no number.
+        const I32 most = I32{} + __builtin_bit_cast(int32_t, kTentLargestSummed);
+        for (int i = 0; i < kGroupBytes; i += kVectorBytes)
+            least |= most - (Load<I32>(floats + i) & 0x7FFFFFFF);
+    }
+
+    KELMORA_METHOD bool IsAtEase() const
+    {
+        int32_t all = 0;
+        for (int i = 0; i < kPixels; ++i)
+            all |= least[i];
+        return all >= 0;
+    }
+};
 
 /// Two pixels, each to a place of its own.
 KELMORA_INLINE void StorePair(std::uint8_t* left, std::uint8_t* right, const F64* pixels, F64 factor)
@@ -295,8 +320,8 @@ KELMORA_INLINE void StorePair(std::uint8_t* left, std::uint8_t* right, const F64
 }
 
 /// One group of columns; `whole` says that all its pixels are there.
-template <bool whole>
-KELMORA_INLINE void FloatColumnGroup(const TentColumns& job, F64 factor, int x)
+template <bool whole, bool peaked>
+KELMORA_INLINE void FloatColumnGroup(const TentColumns& job, F64 factor, int x, Guard& guard)
 {
     const int bytes = whole ? kGroupBytes : (job.width - x) * 16;
     const ptrdiff_t offset = static_cast<ptrdiff_t>(x) * 16;
@@ -314,6 +339,7 @@ KELMORA_INLINE void FloatColumnGroup(const TentColumns& job, F64 factor, int x)
     F64 slope[kGroupVectors] = {}, sum[kGroupVectors];
     if (job.flat) {
         const std::uint8_t* flat = reach(copies[0], job.flat);
+        guard.Watch(flat);
         for (int i = 0; i < kGroupVectors; ++i)
             sum[i] = LoadFloatsAsDoubles(flat + i * kDoubles * 4) * static_cast<double>(job.weights);
     } else {
@@ -322,19 +348,28 @@ KELMORA_INLINE void FloatColumnGroup(const TentColumns& job, F64 factor, int x)
     }
 
     const std::uint8_t* const* taps = job.taps;
+    F64 rise[kGroupVectors] = {};
+    if (!peaked && job.steps > 0) {
+        const std::uint8_t* const from = reach(copies[1], taps[1]);
+        for (int i = 0; i < kGroupVectors; ++i)
+            rise[i] = LoadFloatsAsDoubles(from + i * kDoubles * 4);
+    }
     for (int r = 0; r < job.steps; ++r, taps += 4) {
         const std::uint8_t* at[4];
-        for (int t = 0; t < 4; ++t) {
+        for (const int t : kTapsLoaded) {
             at[t] = reach(copies[t], taps[t]);
             // More rows are read at once than the processor follows by itself.
             if (whole)
                 __builtin_prefetch(at[t] + kPrefetchBytes, 0,
                                    2); // to the second cache: the first is too small
         }
+        guard.Watch(at[3]);
         for (int i = 0; i < kGroupVectors; ++i) {
             const int o = i * kDoubles * 4;
-            slope[i] += SecondDifference(at[0] + o, at[1] + o, at[2] + o, at[3] + o);
+            const F64 fall = LoadFloatsAsDoubles(at[2] + o);
+            slope[i] += SecondDifference(at[0] + o, peaked ? fall : rise[i], fall, at[3] + o);
             sum[i] += slope[i];
+            rise[i] = fall;
         }
         if (job.turned) {
             for (int c = 0; c < kGroup; c += 2) {
@@ -347,14 +382,22 @@ KELMORA_INLINE void FloatColumnGroup(const TentColumns& job, F64 factor, int x)
     __builtin_memcpy(sums, sum, sizeof sum);
 }
 
-void FloatColumns(const TentColumns& job)
+template <bool peaked>
+bool FloatColumns(const TentColumns& job)
 {
     const F64 factor = F64{} + job.scale.factor;
+    Guard guard;
     int x = 0;
     for (; x + kGroup <= job.width; x += kGroup)
-        FloatColumnGroup<true>(job, factor, x);
+        FloatColumnGroup<true, peaked>(job, factor, x, guard);
     if (x < job.width)
-        FloatColumnGroup<false>(job, factor, x);
+        FloatColumnGroup<false, peaked>(job, factor, x, guard);
+    return guard.IsAtEase();
+}
+
+bool AnyFloatColumns(const TentColumns& job)
+{
+    return job.peaked ? FloatColumns<true>(job) : FloatColumns<false>(job);
 }
 
 void FloatRowPass(const TentRows& job)
@@ -375,7 +418,8 @@ void FloatRowPass(const TentRows& job)
         const std::uint8_t* last = column(x + job.taps.last);
         for (int i = 0; i < vectors; ++i) {
             const int o = i * kDoubles * 4;
-            slope[i] += SecondDifference(first + o, rise + o, fall + o, last + o);
+            slope[i] += SecondDifference(first + o, LoadFloatsAsDoubles(rise + o),
+                                         LoadFloatsAsDoubles(fall + o), last + o);
             sum[i] += slope[i];
         }
         if (x < 0)
@@ -393,7 +437,7 @@ void FloatRowPass(const TentRows& job)
 } // namespace
 
 extern const TentKernels kTentKernels;
-const TentKernels kTentKernels = {kPixels,        kFloatRows,   AnyByteColumns,
-                                  AnyByteRowPass, FloatColumns, FloatRowPass};
+const TentKernels kTentKernels = {kPixels,        kFloatRows,      AnyByteColumns,
+                                  AnyByteRowPass, AnyFloatColumns, FloatRowPass};
 
 } // namespace kelmora::KELMORA_VARIANT

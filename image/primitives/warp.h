@@ -71,4 +71,11 @@ PxStatus pxWarpQuad_32f_C4(const float* src, int srcWidth, int srcHeight, int sr
                            const PxRect& srcRegion, float* dst, int dstStep, const PxRect& dstRegion,
                            const double coeffs[3][3], std::uint32_t interpolation);
 
+/// The same of a picture each of whose values is multiplied by `light`, that of its channel, and rounded, before it is
+/// sampled. Linear alone, else pxBadInterpolation, of a source region of two rows and columns at least in a picture
+/// that lies within 2 GB, else pxBadSize.
+PxStatus pxWarpQuadLit_32f_C4(const float* src, int srcWidth, int srcHeight, int srcStep,
+                              const PxRect& srcRegion, float* dst, int dstStep, const PxRect& dstRegion,
+                              const double coeffs[3][3], std::uint32_t interpolation, const float light[4]);
+
 } // namespace kelmora

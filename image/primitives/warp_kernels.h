@@ -17,6 +17,8 @@ struct WarpImage {
     std::ptrdiff_t step;
     WarpBounds bounds;
     std::ptrdiff_t ahead = 0; ///< bytes from a pixel to one that will soon be needed: a hint
+    const float* light =
+        nullptr; ///< of floats in perspective: what a pixel's four values are multiplied by; null: 1
 };
 
 /// Pixels of a row whose positions X[0] * x + X[1], Y[0] * x + Y[1] all lie inside.

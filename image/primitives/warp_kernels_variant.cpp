@@ -614,24 +614,44 @@ KELMORA_INLINE F32 Lerp(F32 a, F32 b, F32 weight)
     return a * (1.0f - weight) + b * weight;
 }
 
-KELMORA_INLINE F32 SampleFloats(const uint8_t* from, const FloatBlock& at, int i)
+/// What pixels' values are multiplied by before they are interpolated.
+struct FloatLight {
+    F32 factors;
+
+    /// `light`: of a pixel.
+    KELMORA_METHOD explicit FloatLight(const float* light) : factors{}
+    {
+        for (int i = 0; i < kPixels; ++i)
+            factors[i] = light[i % 4];
+    }
+
+    KELMORA_METHOD F32 operator()(F32 pixels) const { return pixels * factors; }
+};
+
+struct NoLight {
+    KELMORA_METHOD F32 operator()(F32 pixels) const { return pixels; }
+};
+
+template <class Light>
+KELMORA_INLINE F32 SampleFloats(const uint8_t* from, const FloatBlock& at, int i, const Light& lit)
 {
+    const auto pixels = [&](const int32_t* offsets) { return lit(LoadPixels(from, offsets + i)); };
     const F32 right = LoadWeights(at.right + i);
-    const F32 upper = Lerp(LoadPixels(from, at.upperLeft + i), LoadPixels(from, at.upperRight + i), right);
-    const F32 lower = Lerp(LoadPixels(from, at.lowerLeft + i), LoadPixels(from, at.lowerRight + i), right);
+    const F32 upper = Lerp(pixels(at.upperLeft), pixels(at.upperRight), right);
+    const F32 lower = Lerp(pixels(at.lowerLeft), pixels(at.lowerRight), right);
     return Lerp(upper, lower, LoadWeights(at.below + i));
 }
 
 /// One pixel of a block.
-KELMORA_INLINE Pixel SampleFloat(const uint8_t* from, const FloatBlock& at, int i)
+KELMORA_INLINE Pixel SampleFloat(const uint8_t* from, const FloatBlock& at, int i, Pixel light)
 {
-    const auto pixel = [&](const int32_t* offsets) { return Load<Pixel>(from + offsets[i]); };
+    const auto pixel = [&](const int32_t* offsets) { return Load<Pixel>(from + offsets[i]) * light; };
     const Pixel upper = Lerp(pixel(at.upperLeft), pixel(at.upperRight), at.right[i]);
     return Lerp(upper, Lerp(pixel(at.lowerLeft), pixel(at.lowerRight), at.right[i]), at.below[i]);
 }
 
-template <class Line>
-KELMORA_INLINE WarpSpan FloatSpan(const WarpImage& src, Line line, WarpSpan span, void* dst)
+template <class Line, class Light>
+KELMORA_INLINE WarpSpan FloatSpan(const WarpImage& src, Line line, WarpSpan span, void* dst, const Light& lit)
 {
     auto* to = static_cast<uint8_t*>(dst);
     const auto* from = static_cast<const uint8_t*>(src.pixels);
@@ -652,7 +672,7 @@ KELMORA_INLINE WarpSpan FloatSpan(const WarpImage& src, Line line, WarpSpan span
             const unsigned which = inside >> i & kAll;
             if (which == 0)
                 continue;
-            const F32 pixels = SampleFloats(from, at, i);
+            const F32 pixels = SampleFloats(from, at, i, lit);
             for (int k = 0; k < kLanes; k += 2)
                 Prefetch(from + at.upperLeft[i + k], ahead);
             if (which == kAll)
@@ -671,13 +691,14 @@ void RingFloats(const WarpRing& ring)
 {
     RingLine line(ring, 1.0);
     const auto* from = static_cast<const uint8_t*>(ring.src.pixels);
+    const Pixel light = ring.src.light ? Load<Pixel>(ring.src.light) : Pixel{} + 1.0f;
     for (int first = 0; first < ring.count; first += kBlock) {
         FloatBlock at;
         unsigned which = PlaceFloats(ring.src.bounds, static_cast<int32_t>(ring.src.step), line, first, at);
         for (; which != 0; which &= which - 1) {
             const int i = __builtin_ctz(which);
             uint8_t* const to = RingPixel(ring, first + i, 16);
-            const Pixel colour = SampleFloat(from, at, i), under = Load<Pixel>(to);
+            const Pixel colour = SampleFloat(from, at, i, light), under = Load<Pixel>(to);
             const double over = line.Share(i), rest = 1.0 - over;
             Pixel mixed;
             for (int c = 0; c < 4; ++c)
@@ -697,7 +718,7 @@ void AffineBytes(const AffineRow& row)
 
 void AffineFloats(const AffineRow& row)
 {
-    FloatSpan(row.src, AffineLine(row, 1.0), row.span, row.dst);
+    FloatSpan(row.src, AffineLine(row, 1.0), row.span, row.dst, NoLight{});
 }
 
 WarpSpan PerspectiveBytes(const PerspectiveRow& row)
@@ -707,7 +728,9 @@ WarpSpan PerspectiveBytes(const PerspectiveRow& row)
 
 WarpSpan PerspectiveFloats(const PerspectiveRow& row)
 {
-    return FloatSpan(row.src, PerspectiveLine(row, 1.0), row.span, row.dst);
+    const PerspectiveLine line(row, 1.0);
+    return row.src.light ? FloatSpan(row.src, line, row.span, row.dst, FloatLight(row.src.light))
+                         : FloatSpan(row.src, line, row.span, row.dst, NoLight{});
 }
 
 // --- separable: across, then down -----------------------------------------------------------------------

@@ -252,18 +252,23 @@ template <class T>
 class PerspectiveWarp {
 public:
     PerspectiveWarp(const Source<T>& src, T* dst, int dstStep, const PerspectiveMap& map, const Quad& quad,
-                    bool isTight, int interpolation, bool smooth)
+                    bool isTight, int interpolation, bool smooth, const float* light)
         : m_src(src), m_map(map), m_quad(quad), m_outline(quad), m_isTight(isTight && m_outline.IsExact()),
-          m_interpolation(interpolation), m_smooth(smooth),
-          m_fast(interpolation == pxLinear && IsWithinReach<C4>(src) && HasPairs(src.bounds)),
+          m_interpolation(interpolation), m_smooth(smooth), m_fast(IsFast(src, interpolation)),
           m_kernels(WarpKernelsFor(CurrentVariant()))
     {
-        m_ring.src = {src.pixels, src.step, src.bounds};
+        m_ring.src = {src.pixels, src.step, src.bounds, 0, light};
         m_ring.dst = dst;
         m_ring.dstStep = dstStep;
         m_ring.edges = m_outline.Edges();
         m_ring.map = map.rows;
         m_ring.count = 0;
+    }
+
+    /// Whether the loops serve it, which alone know a light.
+    static bool IsFast(const Source<T>& src, int interpolation)
+    {
+        return interpolation == pxLinear && IsWithinReach<C4>(src) && HasPairs(src.bounds);
     }
 
     void Row(WarpSpan columns, int y)
@@ -382,7 +387,8 @@ private:
 
 template <class T>
 PxStatus WarpQuad(const T* src, int srcWidth, int srcHeight, int srcStep, const PxRect& srcRegion, T* dst,
-                  int dstStep, const PxRect& dstRegion, const double coeffs[3][3], std::uint32_t code)
+                  int dstStep, const PxRect& dstRegion, const double coeffs[3][3], std::uint32_t code,
+                  const float* light = nullptr)
 {
     const bool smooth = (code & pxSmoothEdges) != 0;
     const int interpolation = static_cast<int>(code & ~pxSmoothEdges);
@@ -390,13 +396,16 @@ PxStatus WarpQuad(const T* src, int srcWidth, int srcHeight, int srcStep, const 
     if (const PxStatus status = Check<C4>(src, srcWidth, srcHeight, srcStep, srcRegion, dst, dstStep,
                                           dstRegion, coeffs, interpolation, source.bounds))
         return status;
+    if (light && !PerspectiveWarp<T>::IsFast(source, interpolation))
+        return interpolation == pxLinear ? pxBadSize : pxBadInterpolation;
     PerspectiveMap map;
     if (const PxStatus status = InvertPerspective(coeffs, map))
         return status;
 
     const Quad quad = QuadOf(coeffs, source.bounds, 0.0);
     const bool isTight = AreNear(quad, QuadOf(coeffs, source.bounds, kWarpSlack));
-    PerspectiveWarp<T> warp(source, dst, dstStep, map, quad, isTight, interpolation, smooth && quad.isFinite);
+    PerspectiveWarp<T> warp(source, dst, dstStep, map, quad, isTight, interpolation, smooth && quad.isFinite,
+                            light);
     ForStrips(RegionNear(quad, dstRegion), [&](WarpSpan columns, int y) { warp.Row(columns, y); });
     warp.End();
     return pxOk;
@@ -475,6 +484,16 @@ PxStatus pxWarpQuad_32f_C4(const float* src, int srcWidth, int srcHeight, int sr
 {
     return WarpQuad(src, srcWidth, srcHeight, srcStep, srcRegion, dst, dstStep, dstRegion, coeffs,
                     interpolation);
+}
+
+PxStatus pxWarpQuadLit_32f_C4(const float* src, int srcWidth, int srcHeight, int srcStep,
+                              const PxRect& srcRegion, float* dst, int dstStep, const PxRect& dstRegion,
+                              const double coeffs[3][3], std::uint32_t interpolation, const float light[4])
+{
+    if (!light)
+        return pxNullPointer;
+    return WarpQuad(src, srcWidth, srcHeight, srcStep, srcRegion, dst, dstStep, dstRegion, coeffs,
+                    interpolation, light);
 }
 
 } // namespace kelmora

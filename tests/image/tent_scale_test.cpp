@@ -1,6 +1,7 @@
 #include "image/tent_scale.h"
 
 #include <cmath>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -54,6 +55,31 @@ TEST(TentScale, SumsAroundEveryWholeQuotient_AreTruncated)
                     continue;
                 ASSERT_EQ(ApplyScale(scale, sum), sum / weights) << taps << " taps, sum " << sum;
             }
+    }
+}
+
+// Half of 1 and of 3 lie between two levels, and a last bit beside them decides.
+TEST(TentScale, ApplyScale_ASecondFactor_DecidesTies)
+{
+    const auto levels = [](double rest) {
+        const TentScale scale = {.single = true, .factor = 0.5, .rest = rest};
+        return std::pair(ApplyScale(scale, 1), ApplyScale(scale, 3));
+    };
+    EXPECT_EQ(levels(0.0), std::pair(0, 2)) << "to even";
+    EXPECT_EQ(levels(std::ldexp(1.0, -26)), std::pair(0, 2)) << "too little";
+    EXPECT_EQ(levels(std::ldexp(1.0, -23)), std::pair(1, 2));
+    EXPECT_EQ(levels(std::ldexp(-1.0, -23)), std::pair(0, 1));
+}
+
+TEST(TentScale, EverySumOfATentOfTwoFactors_RoundsByTheRule)
+{
+    for (const int taps : {194, 200, 356}) {
+        const std::int64_t weights = TentSum(taps);
+        const TentScale scale = MakeByteScale(weights, false);
+        ASSERT_TRUE(scale.single) << taps;
+        ASSERT_NE(scale.rest, 0.0) << taps;
+        for (std::int64_t sum = 0; sum <= 255 * weights; ++sum)
+            ASSERT_EQ(ApplyScale(scale, sum), RoundedByRule(sum, weights)) << taps << " taps, sum " << sum;
     }
 }
 

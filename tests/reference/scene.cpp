@@ -30,8 +30,8 @@ double WithoutDust(double v)
     return v < 0.0 && v + dust >= 0.0 ? 0.0 : v;
 }
 
-/// Faces as bright as their texture need no pixels of their own. The others share a block, which is given back for one
-/// of the larger width and the larger height when it does not do for the next face.
+/// All faces share a block, which is given back for one of the larger width and the larger height when it does not do
+/// for the next face.
 bool TakesMemory(Scene& scene, const SourceRect& rect)
 {
     if (rect.width <= scene.heldWidth && rect.height <= scene.heldHeight)
@@ -162,8 +162,7 @@ void DrawFace(Scene& scene, const Textures& textures, const QuadFace& face)
     if (rect.width < 1 || rect.height < 1)
         return;
     const Picture& texture = textures.Of(*face.GetTexture(isBack));
-    const bool isWhole = rect.x + rect.width <= texture.width && rect.y + rect.height <= texture.height;
-    if ((light < 1.0 || !isWhole) && !TakesMemory(scene, rect))
+    if (!TakesMemory(scene, rect))
         return;
     if (rect.x >= texture.width || rect.y >= texture.height)
         return;

@@ -157,6 +157,8 @@ PxStatus FilterBytes(const Job<u8>& job)
             rows.taps = kTaps;
             rows.dst = Row(job.dst, job.dstStep, y) + std::ptrdiff_t{x} * L::channels;
             rows.count = count;
+            rows.ahead =
+                Row(job.dst, job.dstStep, std::min(y + 1, job.y.size - 1)) + std::ptrdiff_t{x} * L::channels;
             for (int k = 0; k < kTaps; ++k) {
                 const int i = std::clamp(down.First()[y] + k, 0, job.y.source - 1);
                 float* const place = ring.Values() + rowValues * (i % kTaps);

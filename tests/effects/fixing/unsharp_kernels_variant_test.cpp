@@ -68,6 +68,31 @@ void CompareVariant()
             }
 }
 
+/// Rows so long that their results go past the caches, where they are aligned, and the ones beside them.
+void CompareLongRows()
+{
+    for (const std::uint32_t format : {PF_BGRA32F, PF_ARGB32F})
+        for (const int width : {1279, 1280, 1281, 1286})
+            for (const int shift : {0, 16}) {
+                const PictureLayout layout = {.shift = shift};
+                GuardedPicture picture(width, 1, format, layout), blurred(width, 1, format, layout),
+                    apart(width, 1, format, layout);
+                picture.FillNoise(1, Noise::Leaning);
+                blurred.FillNoise(2);
+                GuardedPicture inBlur = blurred;
+                const UnsharpCombine combine(format, 0.91f);
+                combine(picture.Row(0), blurred.Row(0), picture.Row(0), apart.Row(0), width);
+                combine(picture.Row(0), inBlur.Row(0), picture.Row(0), inBlur.Row(0), width);
+                apart.Check();
+                inBlur.Check();
+                EXPECT_TRUE(Equal(inBlur, apart));
+                for (int x = 0; x < width; ++x)
+                    ComparePixel(picture, blurred, picture, apart, x, 0.91f);
+                if (testing::Test::HasFailure())
+                    return;
+            }
+}
+
 class UnsharpVariant : public testing::TestWithParam<CpuVariant> {
 protected:
     void SetUp() override
@@ -84,6 +109,11 @@ private:
 TEST_P(UnsharpVariant, EveryWidthFormatAndAmount_IsThePlainVersion)
 {
     CompareVariant();
+}
+
+TEST_P(UnsharpVariant, RowsTooLongForTheCaches_AreThePlainVersion)
+{
+    CompareLongRows();
 }
 
 INSTANTIATE_TEST_SUITE_P(Variants, UnsharpVariant,

@@ -68,6 +68,13 @@ std::vector<double> ManyLights()
 
 // --- the light curve ---------------------------------------------------------------------------------------------
 
+TEST(LightFactors, OfAlphaIsOne)
+{
+    for (const std::uint32_t format : {PF_BGRA32F, PF_ARGB32F})
+        for (int c = 0; c < 4; ++c)
+            EXPECT_EQ(LightFactors(format, 0.3).values[c], c == PlaceOfColour(format, 3) ? 1.0f : 0.3f);
+}
+
 TEST(ApplyLight, EveryByteInEveryLight_IsTheRoundedProduct)
 {
     const std::vector<double> lights = ManyLights();

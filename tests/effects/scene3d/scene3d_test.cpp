@@ -584,7 +584,27 @@ TEST(Scene3D, DrawFace_MemoryRefused_LeavesTheFaceOut)
     EXPECT_EQ(provider.Refused(), 1u);
 }
 
-TEST(Scene3D, DrawFace_InFullLight_TakesNoMemory)
+TEST(Scene3D, DrawFace_WithoutMemory_DrawsNothingInAnyLight)
+{
+    FakeMemoryProvider provider({.refuseImages = true});
+    FakeHost host;
+    host.SetMemory(&provider);
+    for (const double light : {0.5, 1.0})
+        for (const std::uint32_t format : kPictureFormats) {
+            const EvenLight even(light);
+            Stage stage(17, 9, format);
+            const GuardedPicture before = stage.out;
+            MemoryAllocator memory(&host);
+            stage.scene.SetAllocator(&memory);
+            stage.scene.AddLight(&even);
+            EXPECT_TRUE(stage.scene.DrawFace(stage.WholeFace(), kCode, false));
+            EXPECT_TRUE(Equal(stage.out, before)) << light;
+            stage.scene.EndFrame();
+        }
+    EXPECT_EQ(provider.Refused(), 8u);
+}
+
+TEST(Scene3D, DrawFace_InFullLight_IsThePictureItself)
 {
     FakeMemoryProvider provider;
     FakeHost host;
@@ -597,7 +617,25 @@ TEST(Scene3D, DrawFace_InFullLight_TakesNoMemory)
         EXPECT_TRUE(Equal(stage.out, stage.picture));
         stage.scene.EndFrame();
     }
-    EXPECT_TRUE(provider.Calls().empty());
+    EXPECT_EQ(provider.Calls().size(), 8u); // space for each, and back
+}
+
+TEST(Scene3D, DrawFace_FloatsInHalfLight_AreHalved)
+{
+    const EvenLight half(0.5);
+    for (const std::uint32_t format : {PF_BGRA32F, PF_ARGB32F}) {
+        Stage stage(17, 9, format);
+        MemoryAllocator memory;
+        stage.scene.SetAllocator(&memory);
+        stage.scene.AddLight(&half);
+        EXPECT_TRUE(stage.scene.DrawFace(stage.WholeFace(), kCode, false));
+        for (int y = 0; y < 9; ++y)
+            for (int x = 0; x < 17; ++x)
+                for (int c = 0; c < 4; ++c)
+                    EXPECT_EQ(stage.out.Float(x, y, c),
+                              stage.picture.Float(x, y, c) * (c == PlaceOfColour(format, 3) ? 1.0f : 0.5f));
+        stage.scene.EndFrame();
+    }
 }
 
 TEST(Scene3D, DrawFace_FaceAfterFace_TakesSpaceForTheWidestAndTheHighest)

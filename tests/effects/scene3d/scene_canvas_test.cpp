@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "effects/scene3d/face_light.h"
 #include "tests/support/guarded_picture.h"
 #include "tests/support/pictures.h"
 
@@ -312,6 +313,50 @@ TEST(SceneCanvas, Warp_LaysThePictureAtTheCorners)
                     << x << ", " << y << " " << FormatName(format);
             }
     }
+}
+
+TEST(SceneCanvas, WarpLit_IsTheWarpOfALitCopy)
+{
+    constexpr double quad[4][2] = {{2.3, 1}, {8.9, 0.4}, {7, 5.2}, {-1, 3}};
+    for (const std::uint32_t format : {PF_BGRA32F, PF_ARGB32F}) {
+        const GuardedPicture picture = Noisy(7, 5, format), lit = picture;
+        const GuardedPicture out = Noisy(9, 6, format, 2), expected = out;
+        FrameBuffer view = ViewOf(lit);
+        ApplyLight(view, 0.3);
+        SceneCanvas canvas;
+        ASSERT_TRUE(AttachTo(canvas, expected));
+        canvas.Warp(quad, &view, 0x80000002);
+        ASSERT_TRUE(AttachTo(canvas, out));
+        EXPECT_TRUE(canvas.WarpLit(quad, ViewOf(picture), 0.3, 0x80000002));
+        EXPECT_TRUE(Equal(out, expected)) << FormatName(format);
+    }
+}
+
+TEST(SceneCanvas, WarpLit_WhatNeedsACopy_IsFalseAndChangesNothing)
+{
+    constexpr double quad[4][2] = {{2, 1}, {5, 1}, {5, 3}, {2, 3}};
+    const GuardedPicture bytes = Noisy(4, 3, PF_BGRA8), floats = Noisy(4, 3, PF_BGRA32F);
+    for (const std::uint32_t format : {PF_BGRA8, PF_BGRA32F, PF_ARGB32F}) {
+        const GuardedPicture before = Noisy(9, 6, format, 2), out = before;
+        SceneCanvas canvas;
+        ASSERT_TRUE(AttachTo(canvas, out));
+        EXPECT_FALSE(canvas.WarpLit(quad, ViewOf(bytes), 0.5, 0x80000002)) << FormatName(format);
+        if (format != PF_BGRA32F)
+            EXPECT_FALSE(canvas.WarpLit(quad, ViewOf(floats), 0.5, 0x80000002)) << FormatName(format);
+        else
+            EXPECT_FALSE(canvas.WarpLit(quad, ViewOf(floats), 0.5, 0x80000004)) << "cubic";
+        EXPECT_TRUE(Equal(out, before));
+    }
+}
+
+TEST(SceneCanvas, WarpLit_WithoutAMap_ChangesNothingAndWantsNoCopy)
+{
+    constexpr double line[4][2] = {{2, 1}, {5, 1}, {8, 1}, {3, 1}};
+    const GuardedPicture picture = Noisy(4, 3, PF_BGRA32F), before = Noisy(9, 6, PF_BGRA32F, 2), out = before;
+    SceneCanvas canvas;
+    ASSERT_TRUE(AttachTo(canvas, out));
+    EXPECT_TRUE(canvas.WarpLit(line, ViewOf(picture), 0.5, 0x80000002));
+    EXPECT_TRUE(Equal(out, before));
 }
 
 TEST(SceneCanvas, Warp_WithoutAMap_ChangesNothing)

@@ -134,6 +134,15 @@ TEST(SeparableWarp, BoundsAndColumns_AreAllThatIsTakenAndWritten)
                     CheckRows(format, 30, bounds, map, columns, Guard::PageEnd);
 }
 
+// Working rows are filled to their last byte.
+TEST(SeparableWarp, RowsOfWholeBlocks_StayInTheirSpace)
+{
+    for (const std::uint32_t format : kFormats)
+        for (const Coefficients& map : kMaps)
+            for (const WarpSpan& columns : {WarpSpan{0, 16}, {0, 32}, {3, 35}})
+                CheckRows(format, 40, {0, 0, 39, 8}, map, columns, Guard::PageEnd);
+}
+
 TEST(SeparableWarp, RowsThatAreReadLater_AreTheSameFromAnyFirstPixel)
 {
     // Long enough to go past the caches, which vectors on their own boundaries do.
@@ -168,8 +177,11 @@ TEST(SeparableWarp, RotatingMapsAndEnormousPictures_AreNotServed)
     EXPECT_TRUE(SeparableWarp::Serves(InverseOf(kMaps[6]), image));
     EXPECT_FALSE(SeparableWarp::Serves(InverseOf({{{1, 0.1, 0}, {0, 1, 0}}}), image));
     EXPECT_FALSE(SeparableWarp::Serves(InverseOf({{{1, 0, 0}, {0.1, 1, 0}}}), image));
-    EXPECT_FALSE(SeparableWarp::Serves(InverseOf(kMaps[6]), ImageOf(src, {0, 0, 1 << 23, 3})));
-    EXPECT_FALSE(SeparableWarp::Serves(InverseOf(kMaps[6]), ImageOf(src, {0, 0, 3, 1 << 23})));
+    constexpr int most = (1 << 22) - 2; // the last pixel of a side; in 256ths it is half of what 31 bits hold
+    EXPECT_TRUE(SeparableWarp::Serves(InverseOf(kMaps[6]), ImageOf(src, {0, 0, most, 3})));
+    EXPECT_TRUE(SeparableWarp::Serves(InverseOf(kMaps[6]), ImageOf(src, {0, 0, 3, most})));
+    EXPECT_FALSE(SeparableWarp::Serves(InverseOf(kMaps[6]), ImageOf(src, {0, 0, most + 1, 3})));
+    EXPECT_FALSE(SeparableWarp::Serves(InverseOf(kMaps[6]), ImageOf(src, {0, 0, 3, most + 1})));
 }
 
 } // namespace

@@ -1,5 +1,9 @@
 #include "image/primitives/tent_kernels.h"
 
+#include <cmath>
+#include <limits>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "image/primitives/cpu_variant.h"
@@ -21,6 +25,51 @@ TEST(TentKernels, EveryAvailableVariant_HasAllItsLoops)
         EXPECT_NE(kernels.byteRowPass, nullptr);
         EXPECT_NE(kernels.floatColumns, nullptr);
         EXPECT_NE(kernels.floatRowPass, nullptr);
+    }
+}
+
+/// Whether the loops take rows all of `flat`, then one step with `last`.
+bool AreTaken(const TentKernels& kernels, const std::vector<float>& flat, const std::vector<float>& last)
+{
+    const auto bytesOf = [](const std::vector<float>& row) {
+        return reinterpret_cast<const std::uint8_t*>(row.data());
+    };
+    const std::uint8_t* const taps[] = {bytesOf(flat), bytesOf(flat), bytesOf(flat), bytesOf(last)};
+    const int width = static_cast<int>(flat.size() / 4);
+    std::vector<double> slope(flat.size() + kTentSpare * 4), sum(slope.size());
+    TentColumns job = {};
+    job.taps = taps;
+    job.steps = 1;
+    job.width = width;
+    job.flat = bytesOf(flat);
+    job.weights = 1;
+    job.slope = slope.data();
+    job.sum = sum.data();
+    return kernels.floatColumns(job);
+}
+
+TEST(TentKernels, FloatColumns_OneValueThatRunningSumsCannotTake_IsTold)
+{
+    const float above = std::nextafter(kTentLargestSummed, 2 * kTentLargestSummed);
+    const float infinity = std::numeric_limits<float>::infinity();
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    for (const CpuVariant variant : kAllVariants) {
+        if (!IsAvailable(variant))
+            continue;
+        const TentKernels& kernels = TentKernelsFor(variant);
+        for (int width = 1; width <= 9; ++width) {
+            const std::vector<float> most(static_cast<std::size_t>(width) * 4, kTentLargestSummed),
+                least(most.size(), -kTentLargestSummed);
+            EXPECT_TRUE(AreTaken(kernels, most, least));
+            EXPECT_TRUE(AreTaken(kernels, least, most));
+            for (std::size_t i = 0; i < most.size(); ++i)
+                for (const float wild : {above, -above, infinity, -infinity, nan, -nan}) {
+                    std::vector<float> row = most;
+                    row[i] = wild;
+                    EXPECT_FALSE(AreTaken(kernels, most, row)) << width << " wide, value " << i;
+                    EXPECT_FALSE(AreTaken(kernels, row, most)) << width << " wide, value " << i;
+                }
+        }
     }
 }
 

@@ -61,6 +61,9 @@ TEST(InvertAffine, NextToTheIdentity_IsAShift)
     EXPECT_EQ(map.yx, 0.0);
     EXPECT_EQ(map.yy, 1.0);
     EXPECT_EQ(map.y0, 4.0);
+    const double justSo[2][3] = {{1, kPlainShift, 2.5}, {-kPlainShift, 1, -4}};
+    ASSERT_EQ(InvertAffine(justSo, map), pxOk);
+    EXPECT_TRUE(map.isShift);
     for (int i = 0; i < 4; ++i) {
         double off[2][3] = {{1, 0, 2.5}, {0, 1, -4}};
         off[i / 2][i % 2] += 2e-6;

@@ -12,6 +12,7 @@
 
 #include "tests/image/primitives/regions.h"
 #include "tests/image/primitives/warps.h"
+#include "tests/support/flush_record.h"
 
 namespace kelmora {
 namespace {
@@ -239,6 +240,17 @@ TEST(QuadTransform, EnormousQuadrangles_AreServedFinitelyOrRefused)
                 {0, 0, 10, 10}, {Point{0, 0}, {scale, 0}, {scale, turn * scale}, {0, turn * scale}});
             EXPECT_TRUE(status == pxOk || status == pxDegenerateQuad) << status;
         }
+}
+
+TEST(QuadTransform, FourCornersAtTheEndOfTheMemory_AreReadAlone)
+{
+    struct Corners {
+        double at[4][2];
+    };
+    const FlushRecord<Corners> quad(Corners{{{0, 0}, {9, 0}, {9, 9}, {0, 9}}});
+    double rows[3][3];
+    EXPECT_EQ(pxQuadTransform({0, 0, 10, 10}, quad.Get()->at, rows), pxOk);
+    EXPECT_EQ(rows[0][0], 1.0);
 }
 
 TEST(QuadTransform, NullPointers_AreRefused)
@@ -563,6 +575,21 @@ TEST(WarpQuad, UnreadablePagesAround_AreNeverTouched)
                     }
 }
 
+// Between rows that are not there nothing is interpolated, whatever weight it would have.
+TEST(WarpQuad, SourcesOneRowHigh_AreReadAlone)
+{
+    const Perspective leaning = {{{1.0, 0.3, 0.25}, {0.0, 1.0, 0.0}, {0.0, 0.0, 1.0}}};
+    for (const std::uint32_t format : kFormats)
+        for (const int code : kCodes)
+            for (const Guard guard : {Guard::PictureStart, Guard::PictureEnd})
+                for (const int width : {2, 5, 17, 33}) {
+                    GuardedPicture src(width, 1, format, {.guard = guard}),
+                        dst(width + 1, 2, format, {.guard = guard});
+                    CheckQuad(src, WholeOf(src), dst, WholeOf(dst), leaning,
+                              static_cast<std::uint32_t>(code));
+                }
+}
+
 TEST(WarpQuad, Regions_AreTakenAndWrittenAlone)
 {
     const PxRect from[] = {{0, 0, 30, 20}, {4, 3, 11, 9}, {28, 18, 2, 2}, {20, 10, 7, 10}};
@@ -704,6 +731,75 @@ TEST(WarpQuad, HostileMaps_EndSoonAndKeepTheGuards)
         picture.Check();
     for (const GuardedPicture& picture : results)
         picture.Check();
+}
+
+// --- perspective: lit -------------------------------------------------------------------------------------
+
+constexpr float kLight[] = {0.3f, 0.7f, 1.0f, 0.51f};
+
+PxStatus WarpQuadLit(const GuardedPicture& src, const GuardedPicture& dst, const Perspective& map,
+                     std::uint32_t code, const float* light = kLight)
+{
+    const WarpCall call = CallOn(src, WholeOf(src), dst, WholeOf(dst), map, code);
+    return pxWarpQuadLit_32f_C4(static_cast<const float*>(call.src), call.srcWidth, call.srcHeight,
+                                call.srcStep, call.srcRegion, static_cast<float*>(call.dst), call.dstStep,
+                                call.dstRegion, call.map, call.code, light);
+}
+
+/// Of noise that has its numbers bit for bit, of special values alike.
+void CheckLit(const std::array<int, 2>& size, Guard guard, const Quad& quad, std::uint32_t code, Noise noise)
+{
+    GuardedPicture src(size[0], size[1], PF_BGRA32F, {.guard = guard});
+    src.FillNoise(1, noise);
+    GuardedPicture lit = src;
+    for (int y = 0; y < lit.Height(); ++y)
+        for (int x = 0; x < lit.Width(); ++x)
+            for (int c = 0; c < 4; ++c)
+                lit.SetFloat(x, y, c, src.Float(x, y, c) * kLight[c]);
+    src.Freeze();
+    const Perspective map = TransformTo(WholeOf(src), quad);
+    ForEachVariant([&] {
+        GuardedPicture dst(61, 43, PF_BGRA32F, {.guard = guard});
+        dst.FillNoise(2);
+        GuardedPicture expected = dst;
+        ASSERT_EQ(WarpQuad(lit, expected, map, code), pxOk);
+        ASSERT_EQ(WarpQuadLit(src, dst, map, code), pxOk);
+        dst.Check();
+        ASSERT_TRUE(noise == Noise::Special ? reference::Matches(dst, reference::Read(expected))
+                                            : Equal(dst, expected))
+            << size[0] << " x " << size[1];
+    });
+}
+
+TEST(WarpQuadLit, EveryQuadrangleAndSize_IsTheWarpOfALitCopy)
+{
+    for (const std::uint32_t code : {std::uint32_t{pxLinear}, pxLinear | pxSmoothEdges})
+        for (const Guard guard : {Guard::PageStart, Guard::PageEnd})
+            for (const Quad& quad : QuadsFor(61, 43))
+                for (const auto& size : {std::array{20, 15}, {64, 40}, {33, 2}, {2, 9}})
+                    for (const Noise noise : {Noise::Leaning, Noise::Special})
+                        CheckLit(size, guard, quad, code, noise);
+}
+
+TEST(WarpQuadLit, WhatTheLoopsCannotTake_IsRefused)
+{
+    const Perspective still = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+    GuardedPicture src(9, 8, PF_BGRA32F), row(9, 1, PF_BGRA32F), column(1, 8, PF_BGRA32F),
+        dst(12, 10, PF_BGRA32F);
+    dst.FillNoise(2);
+    dst.Freeze();
+    EXPECT_EQ(WarpQuadLit(src, dst, still, pxLinear, nullptr), pxNullPointer);
+    for (const std::uint32_t code : {std::uint32_t{pxNearest}, std::uint32_t{pxCubic}, 3u, 0u})
+        EXPECT_EQ(WarpQuadLit(src, dst, still, code | pxSmoothEdges), pxBadInterpolation) << code;
+    EXPECT_EQ(WarpQuadLit(row, dst, still, pxLinear), pxBadSize);
+    EXPECT_EQ(WarpQuadLit(column, dst, still, pxLinear), pxBadSize);
+    const WarpCall call = CallOn(src, WholeOf(src), dst, WholeOf(dst), still, pxLinear);
+    EXPECT_EQ(pxWarpQuadLit_32f_C4(static_cast<const float*>(call.src), 9, 8, 1 << 28, call.srcRegion,
+                                   static_cast<float*>(call.dst), call.dstStep, call.dstRegion, call.map,
+                                   pxLinear, kLight),
+              pxBadSize)
+        << "rows that reach further than 2 GB";
+    dst.Check();
 }
 
 // --- perspective: what is refused -------------------------------------------------------------------------

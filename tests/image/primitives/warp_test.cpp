@@ -1,8 +1,11 @@
 #include "image/primitives/warp.h"
 
+#include <algorithm>
 #include <array>
 #include <climits>
 #include <cmath>
+#include <cstdlib>
+#include <memory>
 #include <optional>
 #include <random>
 #include <vector>
@@ -403,6 +406,50 @@ TEST(WarpAffine, UnreadablePagesAround_AreNeverTouched)
                             dst(width, 7, format, {.guard = guard});
                         CheckAffine(src, WholeOf(src), dst, WholeOf(dst), map, code);
                     }
+}
+
+// Between rows that are not there nothing is interpolated, whatever weight it would have.
+TEST(WarpAffine, SourcesOneRowHigh_AreReadAlone)
+{
+    const Affine leaning = {{{1.0, 0.3, 0.25}, {0.0, 1.0, 0.0}}};
+    for (const std::uint32_t format : kFormats)
+        for (const int code : kCodes)
+            for (const Guard guard : {Guard::PictureStart, Guard::PictureEnd})
+                for (const int width : {1, 2, 5, 17, 33}) {
+                    GuardedPicture src(width, 1, format, {.guard = guard}),
+                        dst(width + 1, 2, format, {.guard = guard});
+                    CheckAffine(src, WholeOf(src), dst, WholeOf(dst), leaning, code);
+                }
+}
+
+/// Of 0 and 8 above 16 and 32, a quarter to the right and half way down: 2 and 20 make 11.
+template <class T>
+void CheckWideSource(std::uint32_t format)
+{
+    constexpr int width = 1 << 22, row = 4 * width;
+    const std::unique_ptr<T, decltype(&std::free)> memory(
+        static_cast<T*>(std::calloc(std::size_t{2} * row, sizeof(T))), &std::free);
+    ASSERT_TRUE(memory);
+    T* const upperLeft = memory.get() + std::ptrdiff_t{4} * 1000;
+    std::fill_n(upperLeft + 4, 4, T{8});
+    std::fill_n(upperLeft + row, 4, T{16});
+    std::fill_n(upperLeft + row + 4, 4, T{32});
+    constexpr int pixel = 4 * sizeof(T), step = width * pixel;
+    constexpr double map[3][3] = {{2, 0, -2000.5}, {0, 1, -0.5}, {0, 0, 1}};
+    for (const bool affine : {true, false}) {
+        T dst[4] = {};
+        const WarpCall call = {format, memory.get(), width,        2,   step,    {0, 0, width, 2},
+                               dst,    pixel,        {0, 0, 1, 1}, map, pxLinear};
+        ASSERT_EQ(affine ? call.RunAffine() : call.RunQuad(), pxOk);
+        for (const T value : dst)
+            EXPECT_EQ(value, T{11}) << affine;
+    }
+}
+
+TEST(Warps, SourcesTooWideForTheLoops_AreInterpolatedPixelByPixel)
+{
+    CheckWideSource<std::uint8_t>(PF_BGRA8);
+    CheckWideSource<float>(PF_BGRA32F);
 }
 
 TEST(WarpAffine, Regions_AreTakenAndWrittenAlone)
