@@ -23,7 +23,8 @@ struct IFrameProcessor : IUnknown {
     static constexpr InterfaceId id = {
         0xB9D19C11, 0x28CC, 0x4C17, {0x80, 0xC6, 0x23, 0x5D, 0xAD, 0x31, 0x68, 0x4A}};
 
-    /// Copies 4 bytes per pixel over the smaller size, whatever the formats say.
+    /// Copies 4 bytes per pixel over the smaller size, whatever the formats and pixelBytes say. False where a
+    /// pixel has fewer.
     virtual bool KELMORA_CALL Copy(const VideoFrame* src, VideoFrame* dst) = 0;
 
     /// Scales `src` to the size of `dst`. quality: 0 nearest, 1 linear, 2 cubic, any other linear.
@@ -53,11 +54,18 @@ struct IFrameProcessor : IUnknown {
     /// Multiplies the colours by alpha, in place.
     virtual bool KELMORA_CALL Premultiply(VideoFrame* frame) = 0;
 
+    /// Y, Cb, Cr in the place of red, green, blue to ARGB, pictures of PF_ARGB32F alone. In several stages, each
+    /// from `src` into `dst`: meant for one record that is both, for of two only the last stage remains.
     virtual bool KELMORA_CALL YCbCrToARGB(const VideoFrame* src, VideoFrame* dst) = 0;
+
+    /// The way back, in stages as well: one record that is both.
     virtual bool KELMORA_CALL ARGBToYCbCr(const VideoFrame* src, VideoFrame* dst) = 0;
 
     /// Exchanges top and bottom, in place.
     virtual bool KELMORA_CALL FlipVertical(VideoFrame* frame) = 0;
+
+    /// Copies the smaller height upside down: in each row as many bytes as the shorter one has, whatever the formats
+    /// say.
     virtual bool KELMORA_CALL FlipVerticalTo(const VideoFrame* src, VideoFrame* dst) = 0;
 
     /// The place of a deleting destructor. flags: KELMORA_DESTROY_FREE. Use Release instead.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 namespace kelmora {
 
@@ -16,5 +17,11 @@ struct InterfaceId {
 };
 
 static_assert(sizeof(InterfaceId) == 16);
+
+/// Whether `asked`, which may stand at any address, is the id `known`. For objects that answer QueryInterface.
+inline bool IsSameId(const InterfaceId* asked, const InterfaceId& known)
+{
+    return std::memcmp(asked, &known, sizeof known) == 0;
+}
 
 } // namespace kelmora

@@ -6,8 +6,9 @@
 
 namespace kelmora {
 
-/// The host's own allocator. A host may offer it through IVideoHost::QueryInterface; all scratch memory
-/// of a render then comes from it. Any call may fail. [during Render]
+/// The host's own allocator. A host may offer it through IVideoHost::QueryInterface; the scratch pictures and filter
+/// kernels of a render then come from it. A few working spaces are the library's own all the same: the median's with
+/// the picture that it works on, the tables of a resize or a warp. Any call may fail. [during Render]
 struct IMemoryProvider : IUnknown {
     static constexpr InterfaceId id = {
         0x9F635B81, 0x506A, 0x4DEE, {0x9D, 0xC7, 0x9E, 0x0B, 0xAB, 0xA2, 0xD5, 0xA2}};

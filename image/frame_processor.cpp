@@ -43,11 +43,11 @@ bool OnPair(const VideoFrame* src, const VideoFrame* dst, Operation operation) n
     });
 }
 
-/// The same pixels under another label.
-void AttachAs(FrameBuffer& view, const FrameBuffer& picture, int pixelBytes, std::uint32_t format)
+/// The same pixels, taken for four bytes each.
+void AttachAs4Bytes(FrameBuffer& view, const FrameBuffer& picture)
 {
-    view.Attach(picture.GetPixels(), picture.GetWidth(), picture.GetHeight(), picture.GetStride(), pixelBytes,
-                format, false);
+    view.Attach(picture.GetPixels(), picture.GetWidth(), picture.GetHeight(), picture.GetStride(), 4,
+                PF_BGRA8, false);
 }
 
 // --- rows -----------------------------------------------------------------------------------------------
@@ -184,7 +184,7 @@ std::int32_t FrameProcessor::QueryInterface(const InterfaceId* interfaceId, void
     *out = nullptr;
     if (!interfaceId)
         return E_FAIL;
-    if (*interfaceId != IUnknown::id && *interfaceId != IFrameProcessor::id)
+    if (!IsSameId(interfaceId, IUnknown::id) && !IsSameId(interfaceId, IFrameProcessor::id))
         return E_NOINTERFACE;
     *out = static_cast<IFrameProcessor*>(this);
     AddRef();
@@ -219,9 +219,12 @@ void* FrameProcessor::Destroy(std::uint32_t flags)
 bool FrameProcessor::Copy(const VideoFrame* src, VideoFrame* dst)
 {
     return OnPair(src, dst, [](const FrameBuffer& from, const FrameBuffer& to) {
+        const int width = CommonSize(from, to).width;
+        if (!Holds(from, width, 4) || !Holds(to, width, 4))
+            return false;
         FrameBuffer source, destination;
-        AttachAs(source, from, from.GetPixelBytes(), PF_BGRA8);
-        AttachAs(destination, to, to.GetPixelBytes(), PF_BGRA8);
+        AttachAs4Bytes(source, from);
+        AttachAs4Bytes(destination, to);
         return ImageOps().Copy(source, destination);
     });
 }
@@ -260,7 +263,7 @@ bool FrameProcessor::Resize(const VideoFrame* src, VideoFrame* dst, std::int32_t
         if (!Holds(from, from.GetWidth(), 4))
             return false;
         FrameBuffer source;
-        AttachAs(source, from, 4, PF_BGRA8);
+        AttachAs4Bytes(source, from);
         return ResizeInto(source, to, quality);
     });
 }
@@ -290,6 +293,7 @@ bool FrameProcessor::AttachConversion(Size needed, Size used, FrameBuffer& view)
         || m_conversion.GetHeight() < needed.height) {
         if (!m_conversion.Allocate(needed.width, needed.height, 3, nullptr, PF_BGRA8, false))
             return false;
+        // A conversion writes all that it reads; but what the heap held never gets near a host's picture.
         std::memset(m_conversion.GetPixels(), 0,
                     static_cast<std::size_t>(m_conversion.GetStride())
                         * static_cast<std::size_t>(m_conversion.GetHeight()));

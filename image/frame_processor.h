@@ -31,6 +31,7 @@ public:
     std::uint32_t KELMORA_CALL AddRef() override;
     std::uint32_t KELMORA_CALL Release() override;
 
+    /// False where a picture's pixels have fewer than four bytes.
     // Kept: four bytes per pixel are copied whatever the pixels have, so of 16-byte pixels the first quarter of
     // each row.
     bool KELMORA_CALL Copy(const VideoFrame* src, VideoFrame* dst) override;
@@ -58,9 +59,9 @@ public:
     bool KELMORA_CALL YCbCrToARGB(const VideoFrame* src, VideoFrame* dst) override;
     bool KELMORA_CALL ARGBToYCbCr(const VideoFrame* src, VideoFrame* dst) override;
 
-    /// True for every record, also where there are no pixels to exchange.
-    // Kept: rows are exchanged in whole words, as many as the stride has, so where it is no multiple of 4 up to
-    // three bytes at the end of a row may stay.
+    /// True for every record, also where there are no pixels to exchange, or pixels of no bytes.
+    // Kept: rows are exchanged in as many whole words as the stride has, up to the end of the pixels, so where it is
+    // no multiple of 4 up to three bytes at the end of a row may stay.
     bool KELMORA_CALL FlipVertical(VideoFrame* frame) override;
 
     /// The smaller height and the smaller row, in bytes. True for all records.

@@ -33,7 +33,7 @@ public:
 
     /// Memory for a picture, not cleared, in `*out`, and the bytes from row to row in `*stride`. False
     /// when a pointer is null, a size is not positive, the picture is 2 GiB or more, or there is no
-    /// memory; the stride of no memory is 0. Our own memory serves pixels of 1, 2, 3, 4 and 16 bytes, with
+    /// memory. The stride of memory that a provider refuses is 0. Our own memory serves pixels of 1, 2, 3, 4 and 16 bytes, with
     /// rows on 32-byte boundaries.
     bool AllocateImage(void** out, int width, int height, int pixelBytes, int* stride);
 

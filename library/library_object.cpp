@@ -7,17 +7,10 @@
 #include "platform/help_viewer.h"
 
 #include <cstdio>
-#include <cstring>
 #include <new>
 
 namespace kelmora {
 namespace {
-
-bool Is(const InterfaceId* asked, const InterfaceId& known)
-{
-    // Byte for byte: a host's id may stand at any address.
-    return std::memcmp(asked, &known, sizeof known) == 0;
-}
 
 /// Formats the state of the language support for whoever looks at it in a debugger; nothing shows it.
 void NoteLanguageSupport(bool supported, const ILangXMLParser* parser)
@@ -53,9 +46,9 @@ std::int32_t CKelmora::QueryInterface(const InterfaceId* interfaceId, void** out
     *out = nullptr;
     if (!interfaceId)
         return E_FAIL;
-    if (Is(interfaceId, IUnknown::id) || Is(interfaceId, IEffectLibrary::id))
+    if (IsSameId(interfaceId, IUnknown::id) || IsSameId(interfaceId, IEffectLibrary::id))
         *out = static_cast<IEffectLibrary*>(this);
-    else if (Is(interfaceId, IMultiLingual::id) && m_bSupportMultiLanguage)
+    else if (IsSameId(interfaceId, IMultiLingual::id) && m_bSupportMultiLanguage)
         *out = static_cast<IMultiLingual*>(this);
     else
         return E_NOINTERFACE;

@@ -32,7 +32,9 @@ bool Run(const char* program, const std::vector<std::string>& arguments, Desktop
     ProcessResult result = RunProcess(words, kPatience, {"CHARSET=UTF-8", "G_FILENAME_ENCODING=UTF-8"});
     if (result.end == ProcessEnd::NotStarted)
         return false;
-    answer.confirmed = result.end == ProcessEnd::Exited && result.exitCode == 0;
+    // Where the host has made the exit code unknowable the answer tells: a dialog that is cancelled prints none.
+    const bool agreed = result.exitCode == 0 || (result.exitCode == kExitCodeLost && !result.output.empty());
+    answer.confirmed = result.end == ProcessEnd::Exited && agreed;
     answer.output = std::move(result.output);
     // A path may end with a line feed of its own; only the last one is the program's.
     if (answer.output.ends_with('\n'))

@@ -1,18 +1,12 @@
 #include "platform/dialogs.h"
 
+#include "platform/wide_win32.h"
+
 #include <windows.h>
 
 #include <commdlg.h>
 
 namespace kelmora::platform {
-namespace {
-
-const wchar_t* Wide(const char16_t* text)
-{
-    return reinterpret_cast<const wchar_t*>(text);
-}
-
-} // namespace
 
 bool AskForFile(const FileDialog& dialog)
 {

@@ -1,5 +1,7 @@
 #include "platform/messages.h"
 
+#include "platform/wide_win32.h"
+
 #include <windows.h>
 
 namespace kelmora::platform {
@@ -7,8 +9,7 @@ namespace kelmora::platform {
 void ShowMessage(void* owner, const char16_t* text, const char16_t* title, MessageKind kind)
 {
     const UINT icon = kind == MessageKind::Exclamation ? MB_ICONEXCLAMATION : 0;
-    MessageBoxW(static_cast<HWND>(owner), reinterpret_cast<const wchar_t*>(text),
-                reinterpret_cast<const wchar_t*>(title), MB_OK | icon);
+    MessageBoxW(static_cast<HWND>(owner), Wide(text), Wide(title), MB_OK | icon);
 }
 
 void* ForegroundWindow()

@@ -1,6 +1,7 @@
 #include "platform/module.h"
 
 #include "platform/text.h"
+#include "platform/wide_win32.h"
 
 #include <string>
 #include <string_view>
@@ -22,11 +23,6 @@ public:
 private:
     DWORD m_before = 0;
 };
-
-const wchar_t* Wide(const char16_t* text)
-{
-    return reinterpret_cast<const wchar_t*>(text);
-}
 
 char16_t* Units(wchar_t* text)
 {

@@ -16,6 +16,10 @@ enum class ProcessEnd {
     NotStarted, ///< `crash` says why
 };
 
+/// The exit code of a program that ran and is over, but of whose end the system has no word: it keeps none in a
+/// process that ignores SIGCHLD, and another part of this process may have taken it. No program has this code.
+inline constexpr int kExitCodeLost = -1;
+
 /// What RunProcess gives back.
 struct ProcessResult {
     ProcessEnd end = ProcessEnd::NotStarted;

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -159,6 +160,16 @@ int Spawn(const std::vector<std::string>& arguments, const std::vector<std::stri
     return error;
 }
 
+/// Whether the program is over. `status` is how, and stays empty where the word of it is lost; see kExitCodeLost.
+bool HasEnded(pid_t child, std::optional<int>& status)
+{
+    int word = 0;
+    const pid_t ended = ::waitpid(child, &word, WNOHANG);
+    if (ended == child)
+        status = word;
+    return ended == child || (ended < 0 && errno != EINTR);
+}
+
 /// Waits for something to read, but not long: the end of the child is not in the pipes, which a program of
 /// its own may hold open.
 void WaitForOutput(const Descriptor& output, const Descriptor& errors)
@@ -169,16 +180,19 @@ void WaitForOutput(const Descriptor& output, const Descriptor& errors)
 }
 
 /// Fills in how the program ended.
-void NoteEnd(int status, bool stopped, ProcessResult& result)
+void NoteEnd(std::optional<int> status, bool stopped, ProcessResult& result)
 {
-    if (WIFEXITED(status)) {
+    if (!status) {
+        result.end = stopped ? ProcessEnd::TimedOut : ProcessEnd::Exited;
+        result.exitCode = kExitCodeLost;
+    } else if (WIFEXITED(*status)) {
         result.end = ProcessEnd::Exited;
-        result.exitCode = WEXITSTATUS(status);
-    } else if (stopped && WTERMSIG(status) == SIGKILL) {
+        result.exitCode = WEXITSTATUS(*status);
+    } else if (stopped && WTERMSIG(*status) == SIGKILL) {
         result.end = ProcessEnd::TimedOut;
     } else {
         result.end = ProcessEnd::Crashed;
-        result.crash = SignalName(WTERMSIG(status));
+        result.crash = SignalName(WTERMSIG(*status));
     }
 }
 
@@ -242,16 +256,13 @@ ProcessResult RunProcess(const std::vector<std::string>& arguments, std::chrono:
 
     ProcessResult result;
     bool stopped = false;
-    int status = 0;
+    std::optional<int> status;
     for (;;) {
         WaitForOutput(output.read, errors.read);
         Drain(output.read, result.output);
         Drain(errors.read, result.errors);
-        const pid_t ended = ::waitpid(child, &status, WNOHANG);
-        if (ended == child)
+        if (HasEnded(child, status))
             break;
-        if (ended < 0 && errno != EINTR)
-            return Failure(errno);
         if (!stopped && Clock::now() >= deadline) {
             stopped = true;
             ::kill(child, SIGKILL);
@@ -301,11 +312,8 @@ struct PipedProcess::Inside {
     void Wait()
     {
         bool stopped = false;
-        int status = 0;
-        for (;;) {
-            const pid_t ended = ::waitpid(child, &status, WNOHANG);
-            if (ended == child || (ended < 0 && errno != EINTR))
-                break;
+        std::optional<int> status;
+        while (!HasEnded(child, status)) {
             if (!stopped && stop()) {
                 stopped = true;
                 ::kill(child, SIGKILL);

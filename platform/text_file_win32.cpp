@@ -1,5 +1,7 @@
 #include "platform/text_file.h"
 
+#include "platform/wide_win32.h"
+
 #include <atomic>
 #include <cstdio>
 
@@ -34,11 +36,6 @@ public:
 private:
     HANDLE m_handle;
 };
-
-const wchar_t* Wide(const char16_t* text)
-{
-    return reinterpret_cast<const wchar_t*>(text);
-}
 
 bool WriteAll(HANDLE file, std::string_view text)
 {

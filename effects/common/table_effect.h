@@ -34,10 +34,11 @@ public:
         *out = nullptr;
         if (!interfaceId)
             return E_FAIL;
-        if (*interfaceId == IUnknown::id || *interfaceId == IVideoEffect::id)
+        if (IsSameId(interfaceId, IUnknown::id) || IsSameId(interfaceId, IVideoEffect::id))
             *out = static_cast<IVideoEffect*>(this);
         else
-            static_cast<void>(((*interfaceId == Views::id && (*out = static_cast<Views*>(this))) || ...));
+            static_cast<void>(
+                ((IsSameId(interfaceId, Views::id) && (*out = static_cast<Views*>(this))) || ...));
         if (!*out)
             return E_NOINTERFACE;
         AddRef();

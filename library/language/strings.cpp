@@ -1,5 +1,6 @@
 #include "library/language/strings.h"
 
+#include "library/ascii.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -24,16 +25,6 @@ std::basic_string_view<Char> ViewOf(const Char* text, std::uint32_t length)
 std::uint32_t Position(std::size_t found)
 {
     return static_cast<std::uint32_t>(found); // npos of either width is all ones
-}
-
-bool IsBlank(char c)
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-bool IsDigit(char c)
-{
-    return c >= '0' && c <= '9';
 }
 
 } // namespace

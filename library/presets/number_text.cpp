@@ -1,21 +1,13 @@
 #include "library/presets/number_text.h"
 
+#include "library/ascii.h"
+
 #include <algorithm>
 #include <charconv>
 #include <limits>
 
 namespace kelmora {
 namespace {
-
-bool IsBlank(char c)
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-bool IsDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
 
 /// Takes blanks and a sign off the front; gives whether it was a minus.
 bool TakeSign(std::string_view& text)

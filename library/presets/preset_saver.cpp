@@ -34,11 +34,6 @@ struct Titles {
 constexpr Titles kOpenTitles = {u"Load Preset", "Open Preset"};
 constexpr Titles kSaveTitles = {u"Save Preset", "Save Preset As"};
 
-bool Is(const InterfaceId* asked, const InterfaceId& known)
-{
-    return std::memcmp(asked, &known, sizeof known) == 0;
-}
-
 void CopyName(const char* name, char (&field)[PresetData::kNameBytes])
 {
     const std::size_t length = name ? strnlen(name, sizeof field - 1) : 0;
@@ -122,7 +117,7 @@ std::int32_t CPresetSaver::QueryInterface(const InterfaceId* interfaceId, void**
     *out = nullptr;
     if (!interfaceId)
         return E_FAIL;
-    if (!Is(interfaceId, IUnknown::id) && !Is(interfaceId, IPresetSaver::id))
+    if (!IsSameId(interfaceId, IUnknown::id) && !IsSameId(interfaceId, IPresetSaver::id))
         return E_NOINTERFACE;
     *out = static_cast<IPresetSaver*>(this);
     AddRef();

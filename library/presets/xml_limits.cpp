@@ -1,5 +1,7 @@
 #include "library/presets/xml_limits.h"
 
+#include "library/ascii.h"
+
 #include <algorithm>
 
 // This follows the parser's own steps, not the rules of XML: what hid an element from the one and not from the
@@ -8,20 +10,25 @@
 namespace kelmora {
 namespace {
 
-bool IsBlank(char c)
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
 bool IsLetter(char c)
 {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
+bool IsAscii(char c)
+{
+    return static_cast<unsigned char>(c) < 127;
+}
+
 /// The parser takes every byte beyond ASCII for a letter.
 bool BeginsName(char c)
 {
-    return IsLetter(c) || c == '_' || static_cast<unsigned char>(c) >= 127;
+    return IsLetter(c) || c == '_' || !IsAscii(c);
+}
+
+bool IsInName(char c)
+{
+    return IsLetter(c) || IsDigit(c) || c == '_' || c == '-' || c == '.' || c == ':';
 }
 
 class Scan {
@@ -84,32 +91,63 @@ private:
         return SkipBehind(">"); // whatever it is, the parser ends it here
     }
 
-    bool IsDeclaration() const
+    /// Everything that begins so is one to the parser, a style sheet as well.
+    bool IsDeclaration() const { return StartsWithAnyCase("<?xml"); }
+
+    bool StartsWithAnyCase(std::string_view wanted) const
     {
-        constexpr std::string_view head = "<?xml";
-        return m_left.size() >= head.size()
-            && std::equal(head.begin(), head.end(), m_left.begin(),
+        return m_left.size() >= wanted.size()
+            && std::equal(wanted.begin(), wanted.end(), m_left.begin(),
                           [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b + ('a' - 'A') : b); });
     }
 
-    /// Three names are followed by a quoted value, which may hold anything; the parser reads over everything else
-    /// without looking at quotes. A declaration in which that could make a difference is not worth following.
+    /// Three names are followed by a value, which may hold anything where it is quoted; the parser reads over
+    /// everything else up to a blank, without looking at quotes. Of capitals the host's locale tells it which small
+    /// letters they are, and of other bytes which are blanks: with those a declaration is not worth following.
     bool TakeDeclaration()
     {
         m_left.remove_prefix(5);
         for (;;) {
             SkipBlanks();
-            if (m_left.empty() || Take(">") || Take("?>"))
+            if (m_left.empty() || Take(">"))
                 return true;
-            if (!Take("version") && !Take("encoding") && !Take("standalone"))
-                return false;
-            SkipBlanks();
-            if (!Take("="))
-                return false;
-            SkipBlanks();
-            if (!TakeQuoted())
+            bool isAttribute = false;
+            for (const std::string_view name : {"version", "encoding", "standalone"}) {
+                if (!StartsWithAnyCase(name))
+                    continue;
+                if (!m_left.starts_with(name))
+                    return false;
+                isAttribute = true;
+            }
+            if (!(isAttribute ? TakeAttribute() : TakeWord(">")))
                 return false;
         }
+    }
+
+    bool TakeAttribute()
+    {
+        while (!m_left.empty() && IsInName(m_left.front()))
+            m_left.remove_prefix(1);
+        SkipBlanks();
+        if (!Take("=")) {
+            if (!m_left.empty() && !IsAscii(m_left.front()))
+                return false;
+            m_left = {}; // the parser stops here, with what it has
+            return true;
+        }
+        SkipBlanks();
+        return TakeQuoted() || TakeWord("/>");
+    }
+
+    /// Goes to the next blank or the next of `ends`; false where a byte beyond ASCII comes before it.
+    bool TakeWord(std::string_view ends)
+    {
+        while (!m_left.empty() && !IsBlank(m_left.front()) && ends.find(m_left.front()) == ends.npos) {
+            if (!IsAscii(m_left.front()))
+                return false;
+            m_left.remove_prefix(1);
+        }
+        return true;
     }
 
     bool TakeQuoted()

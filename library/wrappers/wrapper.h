@@ -75,9 +75,9 @@ public:
         *out = nullptr;
         if (!interfaceId)
             return E_FAIL;
-        if (*interfaceId == IUnknown::id || *interfaceId == IVideoEffect::id)
+        if (IsSameId(interfaceId, IUnknown::id) || IsSameId(interfaceId, IVideoEffect::id))
             *out = static_cast<IVideoEffect*>(this);
-        else if (*interfaceId == IVideoHost::id)
+        else if (IsSameId(interfaceId, IVideoHost::id))
             *out = static_cast<IVideoHost*>(this);
         else if (m_pHost) // the inner effect's way to the host's memory
             return AskHost([&](IVideoHost& host) { return host.QueryInterface(interfaceId, out); });

@@ -65,6 +65,20 @@ TEST(InterfaceIds_Compared, DifferByAnySingleByte)
         raw[i] ^= 1;
         std::memcpy(&other, raw, sizeof raw);
         EXPECT_FALSE(other == IVideoEffect::id) << "byte " << i;
+        EXPECT_FALSE(IsSameId(&other, IVideoEffect::id)) << "byte " << i;
+    }
+}
+
+TEST(InterfaceIds_Compared, MayStandAtAnyAddress)
+{
+    for (std::size_t shift = 0; shift < 8; ++shift) {
+        alignas(8) std::uint8_t raw[24] = {};
+        std::memcpy(raw + shift, &IVideoEffect::id, sizeof(InterfaceId));
+        const auto* const asked = reinterpret_cast<const InterfaceId*>(raw + shift);
+        EXPECT_TRUE(IsSameId(asked, IVideoEffect::id));
+        EXPECT_FALSE(IsSameId(asked, IVideoHost::id));
+        raw[shift + 15] ^= 1;
+        EXPECT_FALSE(IsSameId(asked, IVideoEffect::id));
     }
 }
 

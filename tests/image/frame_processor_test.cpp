@@ -116,6 +116,16 @@ TEST_F(Toolbox, QueryInterface_RootAndProcessor_GiveTheObjectCounted)
     }
 }
 
+TEST_F(Toolbox, QueryInterface_AnIdAtAnyAddress_IsRead)
+{
+    alignas(8) std::uint8_t raw[24] = {};
+    std::memcpy(raw + 1, &IFrameProcessor::id, sizeof(InterfaceId));
+    void* found = nullptr;
+    EXPECT_EQ(processor->QueryInterface(reinterpret_cast<const InterfaceId*>(raw + 1), &found), S_OK);
+    EXPECT_EQ(found, static_cast<IFrameProcessor*>(processor));
+    EXPECT_EQ(processor->Release(), 1u);
+}
+
 TEST_F(Toolbox, QueryInterface_OtherInterfaces_StoreNullAndCountNothing)
 {
     InterfaceId nearly = IFrameProcessor::id;
@@ -421,11 +431,31 @@ TEST_F(Toolbox, Kept_CopyOfSixteenBytePixels_TakesTheFirstQuarterOfEachRow)
             ASSERT_EQ(result.Row(y)[i], i < 8 * 4 ? 1 : 2) << i << " of row " << y;
 }
 
-TEST_F(Toolbox, Copy_OtherPixelSizes_AreFalse)
+TEST_F(Toolbox, Copy_BetweenPixelSizes_CopiesFourBytesForEachPixel)
 {
     struct {
         int from, to;
-    } const sizes[] = {{1, 1}, {3, 3}, {4, 16}, {16, 4}, {1, 4}};
+    } const sizes[] = {{4, 16}, {16, 4}, {16, 8}, {5, 4}};
+    for (const auto& bytes : sizes) {
+        GuardedPicture source(9, 3, bytes.from, PF_ARGB32F), result(8, 4, bytes.to, PF_Packed8);
+        source.FillNoise(1);
+        result.FillBytes(2);
+        const VideoFrame src = source.Frame();
+        VideoFrame dst = result.Frame();
+        ASSERT_TRUE(processor->Copy(&src, &dst)) << bytes.from << " to " << bytes.to;
+        for (int y = 0; y < 4; ++y)
+            for (int i = 0; i < 8 * bytes.to; ++i)
+                ASSERT_EQ(result.Row(y)[i], y < 3 && i < 8 * 4 ? source.Row(y)[i] : 2)
+                    << bytes.from << " to " << bytes.to << ": " << i << " of row " << y;
+        result.Check();
+    }
+}
+
+TEST_F(Toolbox, Copy_RowsThatDoNotHoldFourBytesForEachPixel_AreFalse)
+{
+    struct {
+        int from, to;
+    } const sizes[] = {{1, 1}, {3, 3}, {1, 4}, {4, 1}, {2, 16}, {16, 3}};
     for (const auto& bytes : sizes) {
         GuardedPicture source(3, 3, bytes.from, PF_Packed8), result(3, 3, bytes.to, PF_Packed8);
         result.Freeze();
@@ -434,6 +464,12 @@ TEST_F(Toolbox, Copy_OtherPixelSizes_AreFalse)
         EXPECT_FALSE(processor->Copy(&src, &dst)) << bytes.from << " to " << bytes.to;
         result.Check();
     }
+    GuardedPicture picture(3, 3, PF_BGRA32F);
+    picture.Freeze();
+    VideoFrame narrow = picture.Frame(), frame = picture.Frame();
+    narrow.stride = 11; // a byte less than three pixels
+    EXPECT_FALSE(processor->Copy(&narrow, &frame));
+    EXPECT_FALSE(processor->Copy(&frame, &narrow));
 }
 
 TEST_F(Toolbox, Copy_RowsUpward_AreTakenAsTheyLieInMemory)
@@ -1266,6 +1302,19 @@ TEST_F(Toolbox, FlipVertical_RecordsWithoutPixels_AreTrue)
     EXPECT_TRUE(processor->FlipVerticalTo(&frame, &empty));
     EXPECT_FALSE(processor->FlipVertical(nullptr));
     picture.Check();
+}
+
+TEST_F(Toolbox, FlipVertical_PixelsOfNoBytes_AreTrueAndStay)
+{
+    // Such a record promises no byte of its rows, however far apart they are.
+    GuardedPicture picture(3, 3, PF_BGRA8), result(3, 3, PF_BGRA8);
+    picture.FillNoise(1);
+    picture.Freeze();
+    result.Freeze();
+    VideoFrame frame = picture.Frame(), dst = result.Frame();
+    frame.pixelBytes = 0;
+    EXPECT_TRUE(processor->FlipVertical(&frame));
+    EXPECT_TRUE(processor->FlipVerticalTo(&frame, &dst));
 }
 
 TEST_F(Toolbox, FlipVerticalTo_AnySizes_CopiesTheSmallerSizeUpsideDown)

@@ -2,6 +2,8 @@
 
 #ifndef _WIN32
 
+#include <csignal>
+
 #include "platform/desktop_posix.h"
 #include "tests/platform/desktop_programs.h"
 
@@ -59,6 +61,21 @@ TEST(Desktop, AskDesktop_CancelledOrBroken_IsNotConfirmedAndAsksNoOther)
         EXPECT_FALSE(AskDesktop({}, {}).confirmed) << end;
         EXPECT_EQ(desktop.TakeAsked(), "zenity\n--\n");
     }
+}
+
+TEST(Desktop, AskDesktop_HostThatIgnoresItsChildren_IsAskedOnceAndTakesWhatWasPrinted)
+{
+    const FakeDesktop desktop;
+    desktop.Install("kdialog", "echo another");
+    void (*const before)(int) = std::signal(SIGCHLD, SIG_IGN); // the exit codes are lost
+    desktop.Install("zenity", "echo chosen");
+    const DesktopAnswer chosen = AskDesktop({}, {});
+    EXPECT_TRUE(chosen.confirmed);
+    EXPECT_EQ(chosen.output, "chosen");
+    desktop.Install("zenity", "exit 1");
+    EXPECT_FALSE(AskDesktop({}, {}).confirmed);
+    std::signal(SIGCHLD, before);
+    EXPECT_EQ(desktop.TakeAsked(), "zenity\n--\nzenity\n--\n");
 }
 
 TEST(Desktop, AskDesktop_OfTheOutputOnlyTheLastLineFeedIsTheProgramsOwn)

@@ -114,8 +114,51 @@ TEST(OwnModule, OwnModulePath_LoadedByARelativePath_IsFull)
     const auto ownPath = module.FunctionNamed<OwnModulePathFunction>("ProbeOwnModulePath");
     ASSERT_NE(ownPath, nullptr);
     char16_t found[kPathCapacity];
-    ownPath(found);
+    EXPECT_EQ(ownPath(found), path.u16string().size());
     EXPECT_EQ(std::u16string(found), path.u16string());
+}
+
+TEST(OwnModule, OwnModulePath_LoadedByARelativePath_StaysWhenTheCurrentFolderChanges)
+{
+    const TestFolder folder;
+    const auto path = TestFolder::Copy(KELMORA_PROBE, folder.Folder("first/near \u00E9"));
+    TestFolder::Copy(KELMORA_PROBE, folder.Folder("second/near \u00E9"));
+    std::filesystem::current_path(folder.Path() / "first");
+    const Module module = Module::LoadFile("near \u00E9/probe.dll");
+    const auto ownPath = module.FunctionNamed<OwnModulePathFunction>("ProbeOwnModulePath");
+    ASSERT_NE(ownPath, nullptr);
+    for (const char* const current : {"second", "second/near \u00E9", "."}) {
+        std::filesystem::current_path(folder.Path() / current);
+        char16_t found[kPathCapacity];
+        EXPECT_EQ(ownPath(found), path.u16string().size());
+        EXPECT_EQ(std::u16string(found), path.u16string());
+    }
+}
+
+TEST(OwnModule, OwnModulePath_LoadedByARelativePathThatDoesNotFit_CountsAsUnknown)
+{
+    // Sixteen of the longest names that there may be are more than any buffer of a path.
+    const TestFolder folder;
+    const std::string longest(255, 'f');
+    std::filesystem::current_path(folder.Path());
+    for (int i = 0; i < 16; ++i) {
+        std::filesystem::create_directory(longest);
+        std::filesystem::current_path(longest);
+    }
+    TestFolder::Copy(KELMORA_PROBE, ".");
+    {
+        const Module module = Module::LoadFile("./probe.dll");
+        const auto ownPath = module.FunctionNamed<OwnModulePathFunction>("ProbeOwnModulePath");
+        ASSERT_NE(ownPath, nullptr);
+        char16_t found[kPathCapacity] = u"x";
+        EXPECT_EQ(ownPath(found), 0u);
+        EXPECT_EQ(std::u16string(found), u"");
+    }
+    std::filesystem::remove("probe.dll");
+    for (int i = 0; i < 16; ++i) {
+        std::filesystem::current_path("..");
+        std::filesystem::remove(longest);
+    }
 }
 
 #endif

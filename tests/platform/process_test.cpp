@@ -1,9 +1,15 @@
 #include "platform/process.h"
 
+#include <atomic>
+#include <csignal>
 #include <filesystem>
 #include <thread>
 
 #include <gtest/gtest.h>
+
+#ifndef _WIN32
+#include <sys/wait.h>
+#endif
 
 namespace kelmora::platform {
 namespace {
@@ -113,6 +119,54 @@ TEST(RunProcess, MissingProgram_IsNotStarted)
     }
 }
 
+#ifndef _WIN32
+
+/// While it lives the system keeps no word of how this process's children end.
+class IgnoredChildren {
+public:
+    IgnoredChildren() : m_before(std::signal(SIGCHLD, SIG_IGN)) {}
+    ~IgnoredChildren() { std::signal(SIGCHLD, m_before); }
+    IgnoredChildren(const IgnoredChildren&) = delete;
+    IgnoredChildren& operator=(const IgnoredChildren&) = delete;
+
+private:
+    void (*m_before)(int);
+};
+
+TEST(RunProcess, HostThatIgnoresItsChildren_GetsTheOutputAndNoExitCode)
+{
+    const IgnoredChildren ignored;
+    for (const char* const task : {"both", "leave"}) { // codes 0 and 3
+        const ProcessResult result = Probe({task});
+        EXPECT_EQ(result.end, ProcessEnd::Exited);
+        EXPECT_EQ(result.exitCode, kExitCodeLost);
+        EXPECT_EQ(result.output, "to output");
+        EXPECT_EQ(result.errors, "to errors");
+    }
+    EXPECT_EQ(Probe({"hang"}, milliseconds(200)).end, ProcessEnd::TimedOut);
+    EXPECT_EQ(RunProcess({"no/such/program"}, kLong).end, ProcessEnd::NotStarted);
+}
+
+TEST(RunProcess, HostThatReapsAllChildren_GetsTheOutput)
+{
+    std::atomic<bool> isOver = false;
+    std::thread reaper([&] {
+        int status = 0;
+        while (!isOver)
+            ::waitpid(-1, &status, 0);
+    });
+    for (int i = 0; i < 5; ++i) {
+        const ProcessResult result = Probe({"both"});
+        EXPECT_EQ(result.end, ProcessEnd::Exited);
+        EXPECT_TRUE(result.exitCode == 0 || result.exitCode == kExitCodeLost) << result.exitCode;
+        EXPECT_EQ(result.output, "to output");
+    }
+    isOver = true;
+    reaper.join();
+}
+
+#endif
+
 bool Never()
 {
     return false;
@@ -183,6 +237,22 @@ TEST(PipedProcess, Stop_EndsTheWaiting)
     PipedProcess process({KELMORA_PROCESS_PROBE, "hang"}, PipedStream::Input, Always);
     EXPECT_EQ(process.Finish().end, ProcessEnd::TimedOut);
 }
+
+#ifndef _WIN32
+
+TEST(PipedProcess, HostThatIgnoresItsChildren_GetsTheOutputAndNoExitCode)
+{
+    const IgnoredChildren ignored;
+    PipedProcess process({KELMORA_PROCESS_PROBE, "both"}, PipedStream::Output, Never);
+    std::string text(100, '?');
+    EXPECT_EQ(text.substr(0, process.Read(text.data(), text.size())), "to output");
+    const ProcessResult result = process.Finish();
+    EXPECT_EQ(result.end, ProcessEnd::Exited);
+    EXPECT_EQ(result.exitCode, kExitCodeLost);
+    EXPECT_EQ(result.errors, "to errors");
+}
+
+#endif
 
 TEST(PipedProcess, MissingProgram_IsNotStarted)
 {

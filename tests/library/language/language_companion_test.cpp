@@ -147,6 +147,30 @@ TEST_F(LanguageCompanionBesideLibrary, CompanionInTheCurrentFolder_IsNotLoaded)
     EXPECT_STREQ(companion.events, "");
 }
 
+#ifndef _WIN32 // there the system takes a path that counts from the current folder as it is at the load
+
+TEST_F(LanguageCompanionBesideLibrary,
+       LibraryLoadedByARelativePath_StaysWhereItWasWhenTheCurrentFolderChanges)
+{
+    TestFolder::Copy(KELMORA_BUILT_LIBRARY, folder.Folder("first/near"));
+    const auto beside = TestFolder::Copy(KELMORA_COMPANION_FULL, folder.Folder("first/near"));
+    TestFolder::Copy(KELMORA_COMPANION_WITHOUT_PARSER, folder.Folder("second/near"));
+    std::filesystem::current_path(folder.Path() / "first");
+    const auto name = "near" / built.Path().filename();
+    const platform::Module library = platform::Module::LoadFile(name.c_str());
+    const auto make = library.FunctionNamed<GetEffectsLibraryFunction>("GetEffectsLibrary");
+    ASSERT_NE(make, nullptr);
+    std::filesystem::current_path(folder.Path() / "second");
+    IEffectLibrary* const object = make();
+    EXPECT_TRUE(HasTexts(object));
+    object->Release();
+    EXPECT_STREQ(companion.events, "AGLRUD");
+    EXPECT_EQ(std::u16string(companion.loadedPaths[0]),
+              (beside.parent_path() / "LVKelmoraLang.xml").u16string());
+}
+
+#endif
+
 TEST_F(LanguageCompanionBesideLibrary, TwoObjects_EachLoadTheCompanionForThemselves)
 {
     Place(KELMORA_COMPANION_FULL);

@@ -409,6 +409,18 @@ TEST(ReadPreset, ByteOrderMark_IsSkipped)
     EXPECT_EQ(PresetText(Read("\xEF\xBB\xBF" + kEveryKind)), kEveryKind);
 }
 
+TEST(ReadPreset, OtherDeclarationsAndUnknownWordsInThem_AreSkipped)
+{
+    const std::string body = kEveryKind.substr(kEveryKind.find("<!--"));
+    for (const char* const declarations : {
+             "<?xml version=\"1.0\"?>\n<?xml-stylesheet type=\"text/xsl\" href=\"look.xsl\"?>\n",
+             "<?xml version=\"1.0\" author=\"somebody\" draft ?>\n",
+             "<?xml version=1.0 standalone=no ?>",
+             "",
+         })
+        EXPECT_EQ(PresetText(Read(declarations + body)), kEveryKind) << declarations;
+}
+
 TEST(ReadPreset, TextOf16Bits_IsRefused)
 {
     std::string wide = "\xFF\xFE";

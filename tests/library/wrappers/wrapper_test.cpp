@@ -27,14 +27,18 @@ namespace {
 constexpr InterfaceId kUnknownId = {0x12345678, 0x1234, 0x1234, {1, 2, 3, 4, 5, 6, 7, 8}};
 constexpr std::uint32_t kFormats[] = {PF_BGRA8, PF_ARGB8, PF_BGRA32F, PF_ARGB32F};
 
-bool RenderOnce(IVideoEffect& effect, IVideoHost* host, const GuardedPicture& in, GuardedPicture& out,
-                bool halfHeight = false)
+bool RenderOnce(IVideoEffect& effect, IVideoHost* host, const GuardedPicture& first,
+                const GuardedPicture& second, GuardedPicture& out, InfoFields fields)
 {
-    VideoFrame first = in.Frame(), second = in.Frame(), output = out.Frame();
-    InfoFields fields = halfHeight ? FieldAtProgress(0.4) : AtProgress(0.4);
+    VideoFrame firstFrame = first.Frame(), secondFrame = second.Frame(), output = out.Frame();
     fields.time = 12.5;
     RenderInfo info = MakeInfo(fields);
-    return effect.Render(host, &first, &second, &output, &info);
+    return effect.Render(host, &firstFrame, &secondFrame, &output, &info);
+}
+
+bool RenderOnce(IVideoEffect& effect, IVideoHost* host, const GuardedPicture& in, GuardedPicture& out)
+{
+    return RenderOnce(effect, host, in, in, out, AtProgress(0.4));
 }
 
 /// An inner effect that tells what it is given, and asks its host for every kind of knob.
@@ -433,6 +437,23 @@ TEST(Wrapper, ActiveCameraInside_HasThirteenPresetsWithAWholeNumberForTheCheckBo
 
 // --- interfaces -------------------------------------------------------------------------------------------
 
+TEST(Wrapper, QueryInterface_AnIdAtAnyAddress_IsReadByWrapperAndInnerEffect)
+{
+    alignas(8) std::uint8_t raw[24] = {};
+    const auto* const id = reinterpret_cast<const InterfaceId*>(raw + 1);
+    IVideoEffect* const effects[] = {new CWrapProbe, new CProbe};
+    for (IVideoEffect* const effect : effects) {
+        std::memcpy(raw + 1, &IVideoEffect::id, sizeof(InterfaceId));
+        void* found = nullptr;
+        EXPECT_EQ(effect->QueryInterface(id, &found), S_OK);
+        EXPECT_EQ(found, effect);
+        std::memcpy(raw + 1, &kUnknownId, sizeof(InterfaceId));
+        EXPECT_EQ(effect->QueryInterface(id, &found), E_NOINTERFACE);
+        EXPECT_EQ(effect->Release(), 1u);
+        EXPECT_EQ(effect->Release(), 0u);
+    }
+}
+
 TEST(Wrapper, QueryInterface_BothViews_AnswerAlikeOnOneCount)
 {
     auto* const wrapper = new CWrapDetailEnhancer;
@@ -687,19 +708,22 @@ TEST(Wrapper, TwoWrappersAsEachOthersHosts_ComeToAnEnd)
 
 // --- pictures ---------------------------------------------------------------------------------------------------
 
-/// Wrapper with the host's knobs against the inner effect with the mapped ones.
+/// Wrapper with the host's knobs against the inner effect with the mapped ones. The pictures differ, or no cross
+/// fade would show.
 template <class Wrapped, class Inner>
 void ComparePictures(const std::vector<ParamValue>& hostKnobs, const std::vector<ParamValue>& innerKnobs)
 {
     for (const std::uint32_t format : kFormats)
-        for (const bool halfHeight : {false, true}) {
-            GuardedPicture in(45, 70, format), out(40, 75, format), expected(40, 75, format);
-            in.FillNoise(format + 1);
+        for (const InfoFields& info : {AtProgress(0.4), AtProgress(0.65), FieldAtProgress(0.4)}) {
+            GuardedPicture first(45, 70, format), second(45, 70, format);
+            GuardedPicture out(40, 75, format), expected(40, 75, format);
+            first.FillNoise(format + 1);
+            second.FillNoise(format + 11);
             FakeHost host(hostKnobs), innerHost(innerKnobs);
             auto* const wrapper = new Wrapped;
             auto* const inner = new Inner;
-            EXPECT_TRUE(RenderOnce(*wrapper, &host, in, out, halfHeight));
-            EXPECT_TRUE(RenderOnce(*inner, &innerHost, in, expected, halfHeight));
+            EXPECT_TRUE(RenderOnce(*wrapper, &host, first, second, out, info));
+            EXPECT_TRUE(RenderOnce(*inner, &innerHost, first, second, expected, info));
             EXPECT_TRUE(Equal(out, expected));
             EXPECT_EQ(wrapper->Release(), 0u);
             EXPECT_EQ(inner->Release(), 0u);
@@ -762,6 +786,16 @@ TEST(Wrapper, PaperCollage_GivesTheInnerEffectsPicturesAtItsFixedBalanceTempoAnd
     }
 }
 
+TEST(Wrapper, Smear_GivesTheInnerEffectsPicturesAtItsFixedCrossFadeOnTheBlendedBackground)
+{
+    for (const PresetRow& preset : kWrapSmearPresets) {
+        const std::vector<float> v = ValuesOf(preset, 3);
+        std::vector<ParamValue> inner = LevelKnobs({v[0], v[1], v[2], 0.595f});
+        inner.push_back({3, 0, ParamChoice}); // "Blended"
+        ComparePictures<CWrapSmear, CSmear>(LevelKnobs(v), inner);
+    }
+}
+
 TEST(Wrapper, ActiveCamera_GivesTheInnerEffectsPicturesSynchronizedWithoutTurnOrRest)
 {
     for (const PresetRow& preset : kWrapActiveCameraPresets) {
@@ -809,6 +843,12 @@ TEST(Wrapper, PaperCollage_AsksTheHostInTheInnerEffectsOrder)
                                      {2, ParamFloat},
                                      {6, ParamFloat},
                                      {3, ParamFloat}}));
+}
+
+TEST(Wrapper, Smear_AsksTheHostForItsThreeKnobs)
+{
+    EXPECT_EQ(ReadsOf<CWrapSmear>(LevelKnobs({0.5f, 0.5f, 0.5f})),
+              (std::vector<KnobRead>{{0, ParamFloat}, {1, ParamFloat}, {2, ParamFloat}}));
 }
 
 TEST(Wrapper, ActiveCamera_AsksTheHostForItsSixKnobs)
