@@ -292,6 +292,20 @@ TEST(FrameBuffer, AttachBuffer_IsAViewAndReleasesFirst)
     EXPECT_EQ(other.GetWidth(), 5);
 }
 
+TEST(FrameBuffer, AttachBuffer_AnOwnerToItself_IsEmpty)
+{
+    Memory memory;
+    MemoryAllocator allocator(&memory.host);
+    FrameBuffer owner;
+    ASSERT_TRUE(owner.Allocate(5, 3, 4, &allocator, PF_ARGB8, true));
+    EXPECT_TRUE(owner.AttachBuffer(owner));
+    EXPECT_EQ(memory.provider.OpenBlocks(), 0u);
+    EXPECT_EQ(owner.GetPixels(), nullptr);
+    EXPECT_EQ(owner.GetWidth(), 0);
+    EXPECT_EQ(owner.GetStride(), 0);
+    EXPECT_FALSE(owner.IsOwned());
+}
+
 TEST(FrameBuffer, ToVideoFrame_WritesTheNamedFieldsOnly)
 {
     std::uint8_t memory[4 * 20] = {};

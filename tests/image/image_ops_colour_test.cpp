@@ -27,13 +27,16 @@ using reference::Picture;
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
-/// check(width, layout) for widths from 1 to 33 with slack 0, 1 and 5.
+/// check(width, layout) for widths from 1 to 33 with slack 0, 1 and 5, and beside unreadable pages.
 template <class Check>
 void ForEachWidth(Check&& check)
 {
-    for (int width = 1; width <= 33; ++width)
+    for (int width = 1; width <= 33; ++width) {
         for (const int slack : {0, 1, 5})
             check(width, PictureLayout{.slack = slack, .shift = slack});
+        for (const Guard guard : {Guard::PictureStart, Guard::PictureEnd})
+            check(width, PictureLayout{.guard = guard});
+    }
 }
 
 /// Every channel of every pixel.
@@ -582,6 +585,39 @@ TEST(AdjustColor, PicturesOfTwoSizes_WorkOnTheSmallerOne)
                 for (int c = 0; c < 4; ++c)
                     EXPECT_NEAR(is.At(x, y, c), expected.At(x, y, c), IsFloatFormat(format) ? 2e-6 : 0);
     }
+}
+
+// Outside of the common size: 2 and -1 become 1 and 0 in alpha-last floats, and stay in alpha-first ones.
+TEST(AdjustColor, Kept_ALargerFloatOutput_IsCutToOneAllOver)
+{
+    for (const std::uint32_t format : {PF_BGRA32F, PF_ARGB32F}) {
+        const bool isCut = format == PF_BGRA32F;
+        GuardedPicture src(3, 2, format), dst(5, 4, format);
+        dst.FillFloat(2.0f, -1.0f, 0.5f, 3.0f);
+        FrameBuffer to = ViewOf(dst);
+        ASSERT_TRUE(Adjust(ViewOf(src), to, kKnobs[0], nullptr));
+        const double colours[4] = {isCut ? 1.0 : 2.0, isCut ? 0.0 : -1.0, 0.5, isCut ? 1.0 : 3.0};
+        for (int y = 0; y < 4; ++y)
+            for (int x = y < 2 ? 3 : 0; x < 5; ++x)
+                for (int c = 0; c < 4; ++c)
+                    EXPECT_EQ(static_cast<double>(dst.Float(x, y, PlaceOfColour(format, c))), colours[c])
+                        << x << ", " << y << ", " << c;
+        EXPECT_EQ(dst.Float(0, 0, PlaceOfColour(format, 3)), 0.0f); // alpha is the source's
+        dst.Check();
+    }
+}
+
+// Alpha goes by the size of a pixel, the colours before it by the format.
+TEST(AdjustColor, PixelsLargerThanTheirFormat_AreAdjustedAndFalse)
+{
+    std::vector<std::uint8_t> src(16), dst(16, 7);
+    FrameBuffer from, to;
+    from.Attach(src.data(), 1, 1, 16, 16, PF_BGRA8, false);
+    to.Attach(dst.data(), 1, 1, 16, 16, PF_BGRA8, false);
+    // Brightness 1 adds 256 to each colour of the first four bytes.
+    EXPECT_FALSE(ImageOps().AdjustColor(from, to, 0.5f, 1.0f, 0.5f, 0.5f, nullptr));
+    for (std::size_t i = 0; i < dst.size(); ++i)
+        EXPECT_EQ(dst[i], i < 3 ? 255 : 7) << i;
 }
 
 TEST(AdjustColor, NoPicturesAndTwoFormats_AreFalse)

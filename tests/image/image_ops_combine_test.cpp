@@ -25,13 +25,16 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 /// Sums and products that the library may round more often than the plain versions do.
 constexpr double kRounding = 3e-7;
 
-/// check(width, layout) for widths from 1 to 33 with slack 0, 1 and 5.
+/// check(width, layout) for widths from 1 to 33 with slack 0, 1 and 5, and beside unreadable pages.
 template <class Check>
 void ForEachWidth(Check&& check)
 {
-    for (int width = 1; width <= 33; ++width)
+    for (int width = 1; width <= 33; ++width) {
         for (const int slack : {0, 1, 5})
             check(width, PictureLayout{.slack = slack, .shift = slack});
+        for (const Guard guard : {Guard::PictureStart, Guard::PictureEnd})
+            check(width, PictureLayout{.guard = guard});
+    }
 }
 
 // --- SetChannel -------------------------------------------------------------------------------------------

@@ -14,15 +14,19 @@ namespace {
 
 using reference::Picture;
 
-/// Every size relation of two pictures.
+/// Every size relation of two pictures, loosely in memory and beside unreadable pages.
 template <class Check>
 void ForEachPair(Check&& check)
 {
     for (int width = 1; width <= 33; width += 4)
-        for (const int more : {-3, 0, 4})
+        for (const int more : {-3, 0, 4}) {
+            if (width + more < 1)
+                continue;
             for (const int slack : {0, 1, 5})
-                if (width + more >= 1)
-                    check(width, width + more, PictureLayout{.slack = slack, .shift = slack});
+                check(width, width + more, PictureLayout{.slack = slack, .shift = slack});
+            for (const Guard guard : {Guard::PictureStart, Guard::PictureEnd})
+                check(width, width + more, PictureLayout{.guard = guard});
+        }
 }
 
 /// What no operation takes for a picture.

@@ -139,8 +139,8 @@ TEST(ColorMatrixRotate, EveryPairOfAxes_TurnsInTheirPlane)
 {
     const double pi = std::acos(-1.0);
     for (const float degrees : {0.0f, 30.0f, 45.0f, 90.0f, -120.0f, 180.0f, 725.0f})
-        for (int a = 0; a < 3; ++a)
-            for (int b = 0; b < 3; ++b) {
+        for (int a = 0; a < 4; ++a)
+            for (int b = 0; b < 4; ++b) {
                 if (a == b)
                     continue;
                 ColorMatrix m;
@@ -157,7 +157,7 @@ TEST(ColorMatrixRotate, EveryPairOfAxes_TurnsInTheirPlane)
 
 TEST(ColorMatrixRotate, OtherAxes_ChangeNothing)
 {
-    for (const int bad : {-1, 3, 4, 5, 1000000, -1000000})
+    for (const int bad : {-1, 5, 1000000, -1000000})
         for (const int order : {0, 1}) {
             ColorMatrix m = Numbered(1);
             ImageOps().ColorMatrixRotate(m, 30, bad, 1, order);
@@ -165,6 +165,26 @@ TEST(ColorMatrixRotate, OtherAxes_ChangeNothing)
             ImageOps().ColorMatrixRotate(m, 30, bad, bad, order);
             ExpectMatrix(m, Numbered(1).m);
         }
+}
+
+TEST(ColorMatrixRotate, TheOffsetForAnAxis_TurnsOntoAColour)
+{
+    ColorMatrix m; // R[4][0] is sine, and column 4 stays
+    ImageOps().ColorMatrixRotate(m, 90, 0, 4, 1);
+    float black[4] = {0, 0, 0, 1};
+    ImageOps().ColorMatrixTransform(m, black);
+    EXPECT_EQ(black[0], 1.0f);
+    EXPECT_EQ(m.m[4][4], 1.0f);
+    EXPECT_EQ(m.m[0][4], 0.0f);
+}
+
+TEST(ColorMatrixRotate, OneAxisTwice_ChangesNothing)
+{
+    for (int axis = 0; axis < 5; ++axis) {
+        ColorMatrix m = Numbered(1);
+        ImageOps().ColorMatrixRotate(m, 30, axis, axis, 1);
+        ExpectMatrix(m, Numbered(1).m);
+    }
 }
 
 TEST(ColorMatrixRotate, NamedAxes_ArePairsOfAxesInBothOrders)

@@ -54,6 +54,12 @@ TEST(PictureCheck, Overlap_IsSharedBytes)
     EXPECT_TRUE(Overlap(upper, Labelled(memory + 31, 4, 2, 16, 4)));
     EXPECT_FALSE(Overlap(upper, Labelled(memory + 32, 4, 2, 16, 4)));
     EXPECT_FALSE(Overlap(Labelled(memory + 32, 4, 2, 16, 4), upper));
+
+    // Of rows of 8 bytes that are 16 apart, the second one ends at 24.
+    const FrameBuffer spaced = Labelled(memory, 2, 2, 16, 4);
+    EXPECT_TRUE(Overlap(spaced, Labelled(memory + 23, 2, 1, 8, 4)));
+    EXPECT_TRUE(Overlap(Labelled(memory + 23, 2, 1, 8, 4), spaced));
+    EXPECT_FALSE(Overlap(spaced, Labelled(memory + 32, 2, 1, 8, 4)));
 }
 
 TEST(PictureCheck, Floats_IsTheSameAddress)

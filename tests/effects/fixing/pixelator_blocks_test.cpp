@@ -164,6 +164,21 @@ TEST(Pixelate, RandomPicturesAndRegions_AreThePlainVersions)
         }
 }
 
+// 4 * 0.3 * 14 = 16.8: one block of 16 by 16 pixels over 16 by 4, half of them 200.
+TEST(Pixelate, AnAmountFarBeyondOne_MakesOneBlockOfAWidePicture)
+{
+    for (const std::uint32_t format : {PF_BGRA8, PF_ARGB8}) {
+        GuardedPicture src(16, 4, format), dst(16, 4, format);
+        for (int y = 0; y < 4; ++y)
+            for (int x = 8; x < 16; ++x)
+                SetGrey(src, x, y, 200);
+        ASSERT_TRUE(Pixelate(src, dst, 14.0f, false));
+        for (int y = 0; y < 4; ++y)
+            for (int x = 0; x < 16; ++x)
+                EXPECT_EQ(Blue(dst, x, y), 100);
+    }
+}
+
 // Blocks of 300 rows: what 16 bits hold of a column is less.
 TEST(Pixelate, BlocksOfManyRows_AreThePlainVersions)
 {
@@ -206,6 +221,19 @@ TEST(Pixelate, OtherFormatsAndSmallerOutputs_AreRefused)
     FrameBuffer none, out = ViewOf(other);
     MemoryAllocator allocator;
     EXPECT_FALSE(Pixelate(none, out, 0.5f, false, kEverywhere, allocator));
+}
+
+TEST(Pixelate, OutputsWithTooFewPixelsOrBytesInARow_AreRefused)
+{
+    const GuardedPicture src(9, 9, PF_BGRA8);
+    GuardedPicture narrow(8, 9, PF_BGRA8, {.slack = 4}), memory(9, 9, PF_BGRA8);
+    narrow.Freeze();
+    memory.Freeze();
+    EXPECT_FALSE(Pixelate(src, narrow, 0.5f, false));
+    FrameBuffer shortRows;
+    shortRows.Attach(memory.Row(0), 9, 9, 35, 4, PF_BGRA8, false);
+    MemoryAllocator allocator;
+    EXPECT_FALSE(Pixelate(ViewOf(src), shortRows, 0.5f, false, kEverywhere, allocator));
 }
 
 TEST(Pixelate, WithoutMemory_WritesNothing)

@@ -160,6 +160,25 @@ TEST(SmearShift, Average_WhatIsNotAtHand_CountsAsNothing)
     });
 }
 
+// Of one row columns 1 to 4 are at hand, of the other one 2 to 5: 2 to 4 of both.
+TEST(SmearShift, Average_WhatIsAtHandOfOneRowAlone_CountsAsNothing)
+{
+    ForEachVariant([] {
+        for (const bool upperIsLeft : {false, true}) {
+            GuardedPicture row(6, 1, PF_BGRA8), left(4, 1, PF_BGRA8), right(4, 1, PF_BGRA8);
+            for (GuardedPicture* picture : {&row, &left, &right})
+                picture->FillBytes(8);
+            const RowPart begin = {left.Row(0), 1, 5}, end = {right.Row(0), 2, 6};
+            const Shift shift(MoveBy({1, -0.5f}), {6, 2}, false);
+            Shift::Source source;
+            ASSERT_TRUE(shift.SourceOf(0, source));
+            shift.Average(PartOf(row, 0), source, upperIsLeft ? begin : end, upperIsLeft ? end : begin);
+            for (int x = 0; x < 6; ++x)
+                EXPECT_EQ(row.Byte(x, 0, 1), x == 3 || x == 4 ? 8 : 4) << x;
+        }
+    });
+}
+
 // A row below of no weight adds nothing, unless it is infinite.
 TEST(SmearShift, Average_WithoutARowBelow_IsThatWithAnOrdinaryOne)
 {

@@ -113,18 +113,20 @@ TEST(SmearStreaks, StepAlong_AQuarterTurn_MovesUpward)
 
 TEST(SmearStreaks, AttachBandAndColumns_AreCutToThePicture)
 {
-    const GuardedPicture picture(10, 6, PF_BGRA8);
+    const GuardedPicture picture(10, 6, PF_BGRA8, {.slack = 8});
     const FrameBuffer view = ViewOf(picture);
     FrameBuffer part;
     AttachBand(part, view, 4, 8);
     EXPECT_EQ(part.GetPixels(), picture.Row(4));
     EXPECT_EQ(part.GetHeight(), 2);
+    EXPECT_EQ(part.GetStride(), 48);
     AttachBand(part, view, 6, 8);
     EXPECT_EQ(part.GetPixels(), nullptr);
     EXPECT_EQ(part.GetHeight(), 0);
     AttachColumns(part, view, 3, 99);
     EXPECT_EQ(part.GetPixels(), picture.Row(0) + 12);
     EXPECT_EQ(part.GetWidth(), 7);
+    EXPECT_EQ(part.GetStride(), 48);
     AttachColumns(part, view, 10, 12);
     EXPECT_EQ(part.GetPixels(), nullptr);
     EXPECT_EQ(part.GetWidth(), 0);

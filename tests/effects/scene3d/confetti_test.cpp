@@ -440,6 +440,25 @@ TEST(Confetti, Render_ASecondPictureThatIsMissing_LeavesTheOutputUnderThePieces)
     }
 }
 
+// Of one picture alone there is no brightness to steer by: dark pieces spin as bright ones do.
+TEST(Confetti, Render_ASecondPictureThatIsMissing_LeavesThePiecesWithoutATumble)
+{
+    const GuardedPicture before = Plain(40, 40, 0, 0, 0, 0), second = before;
+    const GuardedPicture dark = Plain(40, 40, 60, 60, 60, 255), bright = Plain(40, 40, 200, 200, 200, 255);
+    Flight flight;
+    flight.flutter = 0.3f;
+    const auto alphas = [&](const GuardedPicture& in, const GuardedPicture* to) {
+        const GuardedPicture out = RenderedOver(before, kEffect, flight.Levels(), in, to, 0.1);
+        std::vector<int> all;
+        for (int y = 0; y < 40; ++y)
+            for (int x = 0; x < 40; ++x)
+                all.push_back(out.Byte(x, y, 3));
+        return all;
+    };
+    EXPECT_EQ(alphas(dark, nullptr), alphas(bright, nullptr));
+    EXPECT_NE(alphas(dark, &second), alphas(bright, &second));
+}
+
 TEST(Confetti, Render_ReversedWithoutASecondPicture_ShowsTheFirstAlone)
 {
     const GuardedPicture in = Noisy(30, 20, PF_BGRA8, 1), before = Noisy(30, 20, PF_BGRA8, 3);

@@ -228,6 +228,34 @@ TEST(ColumnFilter, EveryMember_EqualsThePlainVersionAndRefusesBadArguments)
     CheckMember("pxColumnFilter_32f_C4", pxColumnFilter_32f_C4, Axis::Column, 4, 4);
 }
 
+/// Rows of all lengths up to some vectors, with more of them below each other than are summed at once.
+template <class T, class Tap, class Filter>
+void CheckEnds(Filter filter, Axis axis, int touched)
+{
+    for (const Guard guard : {Guard::PictureStart, Guard::PictureEnd, Guard::PageStart, Guard::PageEnd})
+        for (const int width : {1, 2, 3, 4, 7, 16, 17, 33})
+            for (const int taps : {1, 3, 4, 5, 9})
+                CheckCall<T>(filter, axis, 4, touched, width, 5, {.guard = guard},
+                             std::vector<Tap>(static_cast<std::size_t>(taps), Tap{1}), taps / 2, taps,
+                             Noise::Uniform);
+}
+
+TEST(RowFilter, UnreadablePagesAround_AreNeverTouched)
+{
+    CheckEnds<u8, int>(pxRowFilter_8u_A3, Axis::Row, 3);
+    CheckEnds<u8, int>(pxRowFilter_8u_C4, Axis::Row, 4);
+    CheckEnds<float, float>(pxRowFilter_32f_A3, Axis::Row, 3);
+    CheckEnds<float, float>(pxRowFilter_32f_C4, Axis::Row, 4);
+}
+
+TEST(ColumnFilter, UnreadablePagesAround_AreNeverTouched)
+{
+    CheckEnds<u8, int>(pxColumnFilter_8u_A3, Axis::Column, 3);
+    CheckEnds<u8, int>(pxColumnFilter_8u_C4, Axis::Column, 4);
+    CheckEnds<float, float>(pxColumnFilter_32f_A3, Axis::Column, 3);
+    CheckEnds<float, float>(pxColumnFilter_32f_C4, Axis::Column, 4);
+}
+
 // --- by hand ----------------------------------------------------------------------------------------------
 
 int FilterOne(const std::vector<int>& taps, const std::vector<u8>& values, int divisor)

@@ -36,13 +36,15 @@ T* ElementAt(const GuardedPicture& picture, int x = 0, int y = 0, int channel = 
                                 + static_cast<int>(sizeof(T)) * channel);
 }
 
-/// Calls check(layout) for rows without and with slack, at even and odd addresses.
+/// Calls check(layout) for rows without and with slack, at even and odd addresses, and beside unreadable pages.
 template <class Check>
 void ForEachLayout(Check&& check)
 {
     for (const int slack : {0, 1, 5})
         for (const int shift : {0, 3})
             check(PictureLayout{.slack = slack, .shift = shift});
+    for (const Guard guard : {Guard::PictureStart, Guard::PictureEnd})
+        check(PictureLayout{.guard = guard});
 }
 
 } // namespace kelmora
