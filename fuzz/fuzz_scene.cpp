@@ -336,8 +336,10 @@ void Confetti(Input& input)
     const double one = Place(input), other = Place(input);
     for (std::size_t i = 0; i < tumbles.size(); ++i)
         tumbles[i] = i % 2 == 0 ? one : confetti::GetBrightnessTumble(one, other);
-    LeaveSystem leaves = confetti::CreateLeaveSystem(grid, wind, tumbles);
+    LeaveSystem leaves = confetti::CreateLeaveSystem(grid, wind);
     Require(leaves.leaves.size() == grid.GetFaceCount());
+    for (std::size_t i = 0; i < tumbles.size(); ++i)
+        leaves.leaves[i].flutter = tumbles[i];
     constexpr std::size_t most = 12;
     leaves.leaves.truncate(most);
     const double amount = Place(input), x = Place(input), y = Place(input), t = Place(input);

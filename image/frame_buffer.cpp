@@ -77,6 +77,10 @@ bool FrameBuffer::Attach(void* pixels, int width, int height, int stride, int pi
 bool FrameBuffer::AttachBuffer(const FrameBuffer& other)
 {
     const FrameBuffer view(other); // `other` may be this buffer
+    if (&other == this && m_owned) {
+        Release(); // there is nothing left to view
+        return true;
+    }
     return Attach(view.m_pixels, view.m_width, view.m_height, view.m_stride, view.m_pixelBytes, view.m_format,
                   view.m_bottomUp);
 }

@@ -37,7 +37,8 @@ public:
     bool Attach(void* pixels, int width, int height, int stride, int pixelBytes, std::uint32_t format,
                 bool bottomUp);
 
-    /// A view of `other`'s pixels.
+    /// A view of `other`'s pixels, once this buffer's own are given back: an owner that is to view itself is empty
+    /// then. Always true.
     bool AttachBuffer(const FrameBuffer& other);
 
     /// A view on a host's picture. False, and empty, when `frame` is null.
@@ -53,8 +54,8 @@ public:
     /// Bytes from row to row; never negative.
     int GetStride() const { return m_stride; }
 
-    /// stride / pixelBytes, truncated: the row step, in pixels, of the loops that go pixel by pixel. Where
-    /// the stride is no multiple of the pixel's size these loops and the others part ways.
+    /// stride / pixelBytes, truncated: the row step, in pixels, of the few loops that go by it, as composites of
+    /// PF_BGRA8 do. All others go by the stride; where that is no multiple of the pixel's size they part ways.
     int GetRowPixels() const { return m_rowPixels; }
     int GetPixelBytes() const { return m_pixelBytes; }
     std::uint32_t GetFormat() const { return m_format; }

@@ -16,7 +16,8 @@ namespace kelmora {
 ///   left.
 /// - It picks what to do by `format` and `pixelBytes`; both pictures must share a format.
 /// - False means that nothing was written: a picture is null or has no pixels, its rows are too short for
-///   what the operation takes from them, or its format is not served.
+///   what the operation takes from them, or its format is not served. AdjustColor and HSVToRGB see to alpha in
+///   a step of its own behind the colours, which is refused where pixels have more bytes than their format.
 /// - Rows are addressed by the stride, and what lies between them is left alone.
 class ImageOps {
 public:
@@ -139,6 +140,7 @@ public:
     /// to 1 with 0.5 neutral (contrast nearly so). Alpha becomes that of `src`. Other formats than 0, 1, 3, 4
     /// are copied.
     // Kept: the grey that less saturation leads to gives blue the weight of red, and red that of blue.
+    // Kept: of a PF_BGRA32F `dst` that is larger than `src` the rest is cut to 0..1 as well.
     bool AdjustColor(const FrameBuffer& src, FrameBuffer& dst, float contrast, float brightness,
                      float saturation, float hue, MemoryAllocator* allocator);
 
@@ -197,7 +199,8 @@ public:
     /// Toward grey (0), as it is (1) and beyond.
     void ColorMatrixSaturate(ColorMatrix& m, float s);
 
-    /// A turn by `degrees` in the plane of two axes, 0 to 2; others change nothing.
+    /// A turn by `degrees` in the plane of two axes, 0 to 4: red, green, blue, alpha and the offset. Others, and one
+    /// axis twice, change nothing.
     void ColorMatrixRotate(ColorMatrix& m, float degrees, int axisA, int axisB, int order);
     void ColorMatrixRotateX(ColorMatrix& m, float degrees, int order);
     void ColorMatrixRotateY(ColorMatrix& m, float degrees, int order);

@@ -284,6 +284,8 @@ bool ImageOps::AdjustColor(const FrameBuffer& src, FrameBuffer& dst, float contr
         TwistReversed(*this, src, dst, size, twist, allocator);
     else
         TwistPicture(src, dst, size, twist);
+    if (format == PF_BGRA32F && size != SizeOf(dst))
+        ClampFloats(dst);
     const int alpha = AlphaIndex(format);
     return CopyChannel(src, dst, alpha, alpha);
 }

@@ -56,7 +56,8 @@ void ImageOps::ColorMatrixSaturate(ColorMatrix& m, float s)
 
 void ImageOps::ColorMatrixRotate(ColorMatrix& m, float degrees, int axisA, int axisB, int order)
 {
-    if (axisA < 0 || axisA > 2 || axisB < 0 || axisB > 2 || axisA == axisB)
+    const auto isAxis = [](int axis) { return axis >= 0 && axis < 5; };
+    if (!isAxis(axisA) || !isAxis(axisB) || axisA == axisB)
         return;
     const SineCosine turn = ExactTurnDegrees(static_cast<double>(degrees));
     ColorMatrix rotation;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -47,6 +48,14 @@ inline void AttachCorner(FrameBuffer& view, const FrameBuffer& picture, Size siz
                 picture.GetFormat(), picture.IsBottomUp());
 }
 
+/// The `count` rows of a picture from row `first` on, or as many of them as it has; no pixels where it has none.
+inline void AttachStrip(FrameBuffer& view, const FrameBuffer& picture, int first, int count)
+{
+    const int rows = std::clamp(picture.GetHeight() - first, 0, count);
+    view.Attach(rows > 0 ? picture.PixelAddress(0, first, 0) : nullptr, picture.GetWidth(), rows,
+                picture.GetStride(), picture.GetPixelBytes(), picture.GetFormat(), picture.IsBottomUp());
+}
+
 /// Whether both are pictures of one of the four formats with all their pixels' bytes there. Their channel orders
 /// may differ.
 inline bool AreServed(const FrameBuffer& picture, const FrameBuffer& output)
@@ -69,6 +78,12 @@ inline bool AllocateLike(FrameBuffer& scratch, const FrameBuffer& picture, Size 
 {
     return scratch.Allocate(size.width, size.height, picture.GetPixelBytes(), &allocator, picture.GetFormat(),
                             picture.IsBottomUp());
+}
+
+/// Whether each row of one picture lies on the same row of the other.
+inline bool HasRowsOf(const FrameBuffer& picture, const FrameBuffer& other)
+{
+    return picture.GetPixels() == other.GetPixels() && picture.GetStride() == other.GetStride();
 }
 
 /// A view of the picture, or a copy of it where an output in its own memory would overwrite it. The copy has every

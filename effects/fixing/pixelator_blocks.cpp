@@ -236,7 +236,7 @@ bool Pixelate(const FrameBuffer& src, FrameBuffer& dst, float amount, bool halfH
     if (!IsPicture(src.GetFormat()) || dst.GetFormat() != src.GetFormat() || !Holds(src, width, bytes)
         || !Holds(dst, width, bytes) || dst.GetWidth() < width || dst.GetHeight() < height)
         return false;
-    const BlockSize block = MakeBlockSize(amount, height, halfHeight);
+    const BlockSize block = MakeBlockSize(amount, width, height, halfHeight);
     const BlockRange across = MakeBlockRange(region.centreX, region.radiusX, width, block.width);
     const BlockRange down = MakeBlockRange(region.centreY, region.radiusY, height, block.height);
     if (across.first >= across.end || down.first >= down.end)

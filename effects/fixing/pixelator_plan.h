@@ -80,14 +80,14 @@ constexpr float BlockAmount(float knob)
     return knob * 0.5f;
 }
 
-/// Blocks in a picture of `height` rows. In a field a line stands for two of the frame's: the blocks are half as
-/// high as wide there. At least two pixels wide; a wild `amount` gets the picture's height and no more.
-constexpr BlockSize MakeBlockSize(float amount, int height, bool halfHeight)
+/// Blocks in a picture of `width` by `height` pixels. In a field a line stands for two of the frame's: the blocks are
+/// half as high as wide there. At least two pixels wide; a wild `amount` gets the longer side and no more.
+constexpr BlockSize MakeBlockSize(float amount, int width, int height, bool halfHeight)
 {
     const double size =
         static_cast<double>(height) * (halfHeight ? 2 : 1) * Single(0.3) * static_cast<double>(amount);
-    const int width = std::clamp(Truncate(size), 2, std::max(height, 2));
-    return {width, halfHeight ? width >> 1 : width};
+    const int across = std::clamp(Truncate(size), 2, std::max({width, height, 2}));
+    return {across, halfHeight ? across >> 1 : across};
 }
 
 /// How many blocks it takes to cover a side.

@@ -1,6 +1,7 @@
 #include "effects/painterly/air_brush.h"
 
 #include "effects/common/knob_reader.h"
+#include "effects/common/taps.h"
 #include "effects/painterly/air_brush_plan.h"
 #include "effects/painterly/edge_lift.h"
 #include "image/image_ops.h"
@@ -70,7 +71,7 @@ bool CAirbrush::RenderFrame(const RenderCall& call)
     target.AttachFrame(&call.output);
     const Size size = CommonSize(picture, target);
     const int taps = air_brush::TapsFor(knobs.spray, picture.GetHeight());
-    if (!AreServed(picture, target) || IsEmpty(size) || taps > air_brush::kMostTaps)
+    if (!AreServed(picture, target) || IsEmpty(size) || taps > kMostTaps)
         return true;
 
     FrameBuffer output, source;

@@ -12,9 +12,6 @@ struct Knobs {
     float edge = 0;
 };
 
-/// The most taps that a kernel is made for; a knob far outside its range asks for more than any memory holds.
-inline constexpr int kMostTaps = 32767;
-
 /// Taps of the tent, in both directions: about 1.5 % of the picture's height at no spray, 16 % at full.
 /// `pictureHeight` is the first picture's own, whatever part of it is worked on.
 constexpr int TapsFor(float spray, int pictureHeight)

@@ -99,7 +99,7 @@ void MeltPicture(const Pair& pair, FrameBuffer& output, const Knobs& knobs, floa
 {
     const int least = IsFloat(output.GetFormat()) ? 1 : 2;
     const int taps = std::max(color_melt::TapsFor(knobs.soften, output.GetHeight(), amount), least);
-    if (taps > color_melt::kMostTaps) // as many as no memory holds
+    if (taps > kMostTaps) // as many as no memory holds
         return DissolveInto(output, pair);
     const TentJob job = TentJob::PaddedByTaps(SizeOf(output), taps);
     const MeltRow melt(output.GetFormat(), MakeMelt(knobs, amount));

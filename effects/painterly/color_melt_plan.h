@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "effects/common/precision.h"
+#include "effects/common/taps.h"
+#include "effects/painterly/edge_lift.h"
 
 namespace kelmora::color_melt {
 
@@ -15,9 +17,6 @@ struct Knobs {
     float tempo = 0;
     float crossFade = 0;
 };
-
-/// The most taps that a kernel is made for; a knob far outside its range asks for more than any memory holds.
-inline constexpr int kMostTaps = 32767;
 
 /// Taps of the tent for a picture of `height` rows, 1 or more: up to 22 % of the height. `amount` is 0 to 1.
 constexpr int TapsFor(float soften, int height, float amount)
@@ -50,8 +49,7 @@ constexpr float FogLevel(float fog)
 /// The share of the blur that the edge step of float pictures lifts to.
 constexpr float FogShare(float fog)
 {
-    const double level = 1.0 - static_cast<double>(fog);
-    return static_cast<float>((1.0 - level * level) * 0.9607843160629272);
+    return FloatLiftShare(1.0 - static_cast<double>(fog));
 }
 
 } // namespace kelmora::color_melt

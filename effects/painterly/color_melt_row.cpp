@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "contract/video_frame.h"
+#include "effects/common/by_format.h"
 #include "effects/common/precision.h"
 #include "effects/painterly/edge_lift.h"
 #include "image/levels.h"
@@ -47,24 +47,10 @@ int Weight255(float weight)
     return std::clamp(Truncate(static_cast<double>(weight) * 255.0 + 0.5), 0, 255);
 }
 
-MeltKernels::Row RowFor(std::uint32_t format)
-{
-    const MeltKernels& kernels = MeltKernelsFor(CurrentVariant());
-    switch (format) {
-    case PF_ARGB8:
-        return kernels.argb8;
-    case PF_BGRA32F:
-        return kernels.bgra32f;
-    case PF_ARGB32F:
-        return kernels.argb32f;
-    default:
-        return kernels.bgra8;
-    }
-}
-
 } // namespace
 
-MeltRow::MeltRow(std::uint32_t format, const Melt& melt) : m_row(RowFor(format))
+MeltRow::MeltRow(std::uint32_t format, const Melt& melt)
+    : m_row(ByFormat(MeltKernelsFor(CurrentVariant()), format))
 {
     const double amount = static_cast<double>(melt.amount);
     for (int x = 0; x < 256; ++x) {

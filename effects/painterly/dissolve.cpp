@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "effects/common/frame.h"
 #include "image/image_ops.h"
 
 namespace kelmora {
@@ -38,15 +39,6 @@ void MixInto(FrameBuffer& mix, const FrameBuffer& first, const FrameBuffer& seco
         ops.AddWeighted(first, second, mix, static_cast<float>(1.0 - fade), static_cast<float>(fade));
 }
 
-/// One row of a picture as a picture, without pixels where there is none.
-void AttachRow(FrameBuffer& view, const FrameBuffer& picture, int y)
-{
-    std::uint8_t* const row =
-        picture.GetPixels() && y < picture.GetHeight() ? picture.PixelAddress(0, y, 0) : nullptr;
-    view.Attach(row, picture.GetWidth(), 1, picture.GetStride(), picture.GetPixelBytes(), picture.GetFormat(),
-                picture.IsBottomUp());
-}
-
 } // namespace
 
 bool Dissolve(const FrameBuffer& first, const FrameBuffer& second, FrameBuffer& mix, Size size, double fade,
@@ -63,8 +55,8 @@ void DissolveRow(const FrameBuffer& first, const FrameBuffer& second, double fad
                  std::uint8_t* to)
 {
     FrameBuffer firstRow, secondRow, mix;
-    AttachRow(firstRow, first, y);
-    AttachRow(secondRow, second, y);
+    AttachStrip(firstRow, first, y, 1);
+    AttachStrip(secondRow, second, y, 1);
     mix.Attach(to, width, 1, width * first.GetPixelBytes(), first.GetPixelBytes(), first.GetFormat(),
                first.IsBottomUp());
     MixInto(mix, firstRow, secondRow, fade);

@@ -9,8 +9,9 @@
 namespace kelmora {
 
 /// The dissolve of two pictures as a new picture of `size` and of the first one's format: `fade` is the share
-/// of the second, 0 to 1. Where a picture is missing, smaller or of another format it is transparent black.
-/// False when there is no memory.
+/// of the second, 0 to 1. Where either picture is smaller it is transparent black, and where the second one is
+/// missing or of another format all over; save that at 0 the second one plays no part, and at 1 the size of the first
+/// one plays none. False when there is no memory.
 bool Dissolve(const FrameBuffer& first, const FrameBuffer& second, FrameBuffer& mix, Size size, double fade,
               MemoryAllocator& allocator);
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "contract/video_frame.h"
+#include "effects/common/by_format.h"
 #include "effects/common/precision.h"
 #include "effects/painterly/edge_lift_kernels.h"
 #include "image/pixel_format.h"
@@ -19,26 +20,6 @@ float ByteShare(float edge)
 {
     const double e = static_cast<double>(edge);
     return static_cast<float>(std::clamp(Truncate(245.0 - e * e * 245.0), 0, 245));
-}
-
-float FloatShare(float edge)
-{
-    const double e = static_cast<double>(edge);
-    return static_cast<float>((1.0 - e * e) * 0.9607843160629272);
-}
-
-EdgeLiftKernels::Row RowFor(const EdgeLiftKernels::Rows& rows, std::uint32_t format)
-{
-    switch (format) {
-    case PF_ARGB8:
-        return rows.argb8;
-    case PF_BGRA32F:
-        return rows.bgra32f;
-    case PF_ARGB32F:
-        return rows.argb32f;
-    default:
-        return rows.bgra8;
-    }
 }
 
 template <class T>
@@ -69,8 +50,8 @@ int AllChannelsByteShare(float fogLevel)
 }
 
 EdgeLiftRow::EdgeLiftRow(std::uint32_t format, float edge)
-    : m_lift(RowFor(Kernels().keepAlpha, format)),
-      m_share(IsFloat(format) ? FloatShare(edge) : ByteShare(edge))
+    : m_lift(ByFormat(Kernels().keepAlpha, format)),
+      m_share(IsFloat(format) ? FloatLiftShare(static_cast<double>(edge)) : ByteShare(edge))
 {
 }
 
@@ -97,14 +78,14 @@ void EdgeLiftKeepAlpha_BGRA32F(const float* picture, float* output, int pictureR
                                int width, int height, float edge)
 {
     EdgeLift(Kernels().keepAlpha.bgra32f, picture, output, pictureRowPixels, outputRowPixels, width, height,
-             FloatShare(edge));
+             FloatLiftShare(static_cast<double>(edge)));
 }
 
 void EdgeLiftKeepAlpha_ARGB32F(const float* picture, float* output, int pictureRowPixels, int outputRowPixels,
                                int width, int height, float edge)
 {
     EdgeLift(Kernels().keepAlpha.argb32f, picture, output, pictureRowPixels, outputRowPixels, width, height,
-             FloatShare(edge));
+             FloatLiftShare(static_cast<double>(edge)));
 }
 
 void EdgeLiftAllChannels_BGRA8(const std::uint8_t* picture, std::uint8_t* output, int pictureRowPixels,

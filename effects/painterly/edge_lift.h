@@ -41,6 +41,12 @@ void EdgeLiftAllChannels_BGRA32F(const float* picture, float* output, int pictur
 void EdgeLiftAllChannels_ARGB32F(const float* picture, float* output, int pictureRowPixels,
                                  int outputRowPixels, int width, int height, float share);
 
+/// The share that the float members of EdgeLiftKeepAlpha lift to: 245 of 255 at an edge of 0, nothing at 1.
+constexpr float FloatLiftShare(double edge)
+{
+    return static_cast<float>((1.0 - edge * edge) * 0.9607843160629272);
+}
+
 /// The share, in 256ths, that the byte members of EdgeLiftAllChannels make of `fogLevel`.
 // Kept: it can be one less than that of EdgeLiftKeepAlpha, which multiplies before it subtracts.
 int AllChannelsByteShare(float fogLevel);

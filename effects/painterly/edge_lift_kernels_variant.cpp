@@ -9,7 +9,7 @@ namespace {
 template <class P, LiftedAlpha alpha>
 void LiftBytes(const void* picture, const void* blurred, void* result, int width, float share)
 {
-    const I16 shares = LiftWeights(static_cast<int>(share), 0);
+    const I16 shares = PairWeights(static_cast<int>(share), 0);
     const auto* p = static_cast<const uint8_t*>(picture);
     const auto* q = static_cast<const uint8_t*>(blurred);
     auto* out = static_cast<uint8_t*>(result);
@@ -69,8 +69,7 @@ void LiftFloats(const void* picture, const void* blurred, void* result, int widt
 
 template <LiftedAlpha alpha>
 constexpr EdgeLiftKernels::Rows kRows = {LiftBytes<LiftBgra, alpha>, LiftBytes<LiftArgb, alpha>,
-                                         LiftFloats<LiftBgraPlanes, alpha>,
-                                         LiftFloats<LiftArgbPlanes, alpha>};
+                                         LiftFloats<BgraPlanes, alpha>, LiftFloats<ArgbPlanes, alpha>};
 
 } // namespace
 

@@ -64,8 +64,7 @@ class Collage {
 public:
     Collage(const FrameBuffer& first, const FrameBuffer& second, FrameBuffer& output, const Knobs& knobs,
             const Crossfade& curve, bool halfHeight)
-        : m_first(first), m_second(second), m_output(output), m_knobs(knobs),
-          m_amount(static_cast<float>(curve.amount)),
+        : m_first(first), m_second(second), m_output(output), m_knobs(knobs), m_amount(curve.amount),
           m_fade(static_cast<double>(static_cast<float>(curve.fade))), m_hold(HoldOf(m_amount)),
           m_halfHeight(halfHeight), m_asIs(first.GetFormat() == PF_BGRA8),
           m_dissolve(DissolveSize(first, second)), m_size(SizeOf(output))
@@ -172,7 +171,18 @@ private:
     }
 
     /// Row y of the dissolve into the row that is kept for it.
-    void MakeMixRow(int y) { DissolveRow(m_first, m_second, m_fade, y, m_size.width, m_mixRow.Bytes()); }
+    void MakeMixRow(int y) { MakeDissolve(y, m_mixRow.Bytes()); }
+
+    /// Row y of the dissolve to where there is room for it. Pictures of two formats have no dissolve: it is black and
+    /// transparent all over, also where it would be the first picture alone.
+    void MakeDissolve(int y, std::uint8_t* to) const
+    {
+        if (m_second.GetFormat() == m_first.GetFormat()
+            && m_second.GetPixelBytes() == m_first.GetPixelBytes())
+            DissolveRow(m_first, m_second, m_fade, y, m_size.width, to);
+        else
+            std::memset(to, 0, PixelRow());
+    }
 
     /// Row y of the dissolve as alpha-last bytes, of which the sheets are cut: black below it.
     void MakeBytes(int y, std::uint8_t* to)
@@ -180,7 +190,7 @@ private:
         if (y >= m_dissolve.height) {
             std::memset(to, 0, ByteRow());
         } else if (m_asIs) {
-            DissolveRow(m_first, m_second, m_fade, y, m_size.width, to);
+            MakeDissolve(y, to);
         } else {
             MakeMixRow(y);
             FrameBuffer mix, bytes;
@@ -202,7 +212,7 @@ private:
         } else {
             FrameBuffer bytes, output;
             AttachByteRow(bytes, row);
-            AttachOutputRow(output, y);
+            AttachStrip(output, m_output, y, 1);
             ImageOps ops;
             ops.Convert(bytes, output);
         }
@@ -215,12 +225,16 @@ private:
     {
         FrameBuffer mix, output;
         AttachMixRow(mix);
-        AttachOutputRow(output, y);
+        AttachStrip(output, m_output, y, 1);
         ImageOps ops;
         ops.AddWeighted(mix, output, output, m_hold, 1.0f - m_hold);
     }
 
     std::size_t ByteRow() const { return std::size_t{4} * static_cast<std::size_t>(m_size.width); }
+    std::size_t PixelRow() const
+    {
+        return static_cast<std::size_t>(m_output.GetPixelBytes()) * static_cast<std::size_t>(m_size.width);
+    }
 
     void AttachByteRow(FrameBuffer& view, const std::uint8_t* row) const
     {
@@ -231,11 +245,6 @@ private:
         const int bytes = m_output.GetPixelBytes();
         view.Attach(m_mixRow.Bytes(), m_size.width, 1, bytes * m_size.width, bytes, m_output.GetFormat(),
                     false);
-    }
-    void AttachOutputRow(FrameBuffer& view, int y) const
-    {
-        view.Attach(m_output.PixelAddress(0, y, 0), m_size.width, 1, m_output.GetStride(),
-                    m_output.GetPixelBytes(), m_output.GetFormat(), false);
     }
 
     const FrameBuffer& m_first;
@@ -256,8 +265,8 @@ private:
 bool Attach(FrameBuffer& picture, const FrameBuffer& given, const FrameBuffer& output,
             MemoryAllocator& allocator)
 {
-    const bool isSame = given.GetPixels() == output.GetPixels() && given.GetStride() == output.GetStride();
-    return isSame ? picture.AttachBuffer(given) : SetAside(given, output, picture, allocator);
+    return HasRowsOf(given, output) ? picture.AttachBuffer(given)
+                                    : SetAside(given, output, picture, allocator);
 }
 
 } // namespace

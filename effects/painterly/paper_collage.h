@@ -10,14 +10,14 @@ namespace kelmora {
 /// Toward both ends it thins out into the plain dissolve. It works in bytes, whatever the pictures hold.
 ///
 /// Render is false without a RenderInfo and true otherwise. Without memory for the sheets the rounded greys
-/// remain; without memory for less, or with a format that is no picture format, or with formats that differ,
-/// the output stays as it is.
+/// remain; without memory for less, or with a format that is no picture format or not the output's, the output
+/// stays as it is. With a second picture of another format there is no dissolve, and the collage is of black.
 class CEmbossedPaperBlend final : public TableEffect<kPaperCollage> {
 protected:
     bool RenderFrame(const RenderCall& call) override;
 
 private:
-    // Kept for the object's size; nothing uses it.
+    // Gives the object its size; nothing uses it.
     [[maybe_unused]] std::uint32_t m_reserved = 0;
 };
 

@@ -29,8 +29,7 @@ struct Knobs {
 /// 2 to 8 sheets.
 constexpr int LayersFor(float layers)
 {
-    return std::clamp(std::clamp(Truncate(static_cast<double>(layers) * 6.0), 0, kMostLayers) + 2, 2,
-                      kMostLayers);
+    return std::clamp(Truncate(static_cast<double>(layers) * 6.0), 0, kMostLayers - 2) + 2;
 }
 
 /// Size of the blur that rounds the paper's edges. `height` is that of the dissolve.

@@ -28,8 +28,8 @@ struct Knobs {
 /// Which picture of the transition.
 enum class Clip { First, Second };
 
-/// How far a picture is smeared at `progress`, 0 to 1: not at all at its own end of the transition, fully from
-/// where the dissolve has left the other picture's end on.
+/// How far a picture is smeared at `progress`, 0 to 1: the first one not at all at the beginning of the transition, and
+/// fully from the dissolve's end on; the second one fully up to the dissolve's beginning, and not at all at the end.
 constexpr double SmearShare(Clip clip, double progress, float crossFade)
 {
     const double middle = static_cast<double>(crossFade) * 0.5 + 0.5;

@@ -9,7 +9,6 @@ namespace kelmora {
 namespace {
 
 constexpr double kPi = std::numbers::pi;
-constexpr std::size_t kSides = 6;
 constexpr std::size_t kBack = 2;
 
 bool IsOther(int index, const BoxMotion& motion)
@@ -72,7 +71,7 @@ void AnimateBox(QuadMesh& box, int index, int count, double t, const BoxMotion& 
 
 void SetBackOfBox(QuadMesh& box, const FrameBuffer* texture, bool horizontal)
 {
-    if (box.GetFaceCount() != kSides)
+    if (box.GetFaceCount() != kSidesOfBox)
         return;
     QuadFace& back = box.GetFace(kBack);
     back.SetFrontTexture(texture);

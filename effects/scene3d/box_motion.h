@@ -1,9 +1,13 @@
 #pragma once
 
+#include <cstddef>
+
 #include "effects/scene3d/matrix4.h"
 #include "effects/scene3d/quad_mesh.h"
 
 namespace kelmora {
+
+inline constexpr std::size_t kSidesOfBox = 6;
 
 /// How the boxes of one frame turn over.
 struct BoxMotion {

@@ -3,6 +3,7 @@
 #include "effects/common/knob_reader.h"
 #include "effects/scene3d/confetti_flight.h"
 #include "effects/scene3d/confetti_plan.h"
+#include "effects/scene3d/face_kernels.h"
 #include "effects/scene3d/face_light.h"
 #include "effects/scene3d/lists.h"
 
@@ -36,8 +37,9 @@ void SetTumbles(LeaveSystem& system, double t, const FrameBuffer& first, const F
 {
     if (!first.GetPixels() || !second.GetPixels())
         return;
-    FixedList<Leave3D*, 4> flying;
-    FixedList<Brightness, 8> looks; // of each in both pictures
+    constexpr std::size_t kTogether = FaceKernels::kSums / 2; // each piece has two sums
+    FixedList<Leave3D*, kTogether> flying;
+    FixedList<Brightness, 2 * kTogether> looks; // of each in both pictures
     const auto finish = [&] {
         FindBrightness(looks);
         for (std::size_t i = 0; i < flying.size(); ++i)
@@ -52,7 +54,7 @@ void SetTumbles(LeaveSystem& system, double t, const FrameBuffer& first, const F
         const SourceRect part = leave.face.GetSourceRect(false);
         looks.push_back({&first, part});
         looks.push_back({&second, part});
-        if (flying.push_back(&leave); flying.size() == 4)
+        if (flying.push_back(&leave); flying.size() == kTogether)
             finish();
     }
     finish();
@@ -100,7 +102,7 @@ bool D3DBlowingLeaves::RenderTransition(const TransitionFrame& frame)
 
     const QuadMesh mesh = PiecesOf(scene, from, knobs);
     scene.SetModelMatrix(confetti::GetCameraMatrix(t, 0.0, 0.5, 0.5));
-    LeaveSystem system = confetti::CreateLeaveSystem(mesh, confetti::WindFor(knobs), {});
+    LeaveSystem system = confetti::CreateLeaveSystem(mesh, confetti::WindFor(knobs));
     SetTumbles(system, t, from, to);
     system.Draw(scene, t, MakeInterpolationCode(1, 1));
     return true;

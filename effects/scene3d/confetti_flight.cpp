@@ -73,13 +73,13 @@ double StartOf(const Place& place, const Wind& wind)
 }
 
 Leave3D LeaveFor(const QuadFace& face, const Place& place, const Wind& wind, const Vector3& spring,
-                 double reach, double tumble)
+                 double reach)
 {
     const Vector3 center = face.GetCenter();
     const Vector3 away = Normalized(Subtract(center, spring));
     const Vector3 target = Add(center, Scale(away, CarryOf(place, wind, reach)));
     const double angle = 2.0 * ((1.0 - place.farness) + Single(0.1)) * kPi * wind.flutter;
-    return {face, target, angle, 0.0, StartOf(place, wind), 1.0, 0.0, tumble};
+    return {face, target, angle, 0.0, StartOf(place, wind), 1.0, 0.0, 0.0};
 }
 
 } // namespace
@@ -92,7 +92,7 @@ double GetBrightnessTumble(double first, double second)
     return tumble;
 }
 
-LeaveSystem CreateLeaveSystem(const QuadMesh& mesh, const Wind& wind, std::span<const double> tumbles)
+LeaveSystem CreateLeaveSystem(const QuadMesh& mesh, const Wind& wind)
 {
     LeaveSystem system;
     const std::size_t count = mesh.GetFaceCount();
@@ -108,8 +108,7 @@ LeaveSystem CreateLeaveSystem(const QuadMesh& mesh, const Wind& wind, std::span<
     std::size_t turn = 0;
     for (const std::size_t i : LeavingOrder(distances, wind.vacuum)) {
         const Place place = {turn++, count, range > 0.0 ? (distances[i] - *nearest) / range : 0.0};
-        const double tumble = i < tumbles.size() ? tumbles[i] : 0.0;
-        system.AddLeave(LeaveFor(mesh.GetFace(i), place, wind, spring, reach, tumble));
+        system.AddLeave(LeaveFor(mesh.GetFace(i), place, wind, spring, reach));
     }
     return system;
 }

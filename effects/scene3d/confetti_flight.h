@@ -1,7 +1,5 @@
 #pragma once
 
-#include <span>
-
 #include "effects/scene3d/confetti_plan.h"
 #include "effects/scene3d/leaf.h"
 #include "effects/scene3d/matrix4.h"
@@ -13,9 +11,9 @@ namespace kelmora::confetti {
 /// -1 to 1, seldom near 0.
 double GetBrightnessTumble(double first, double second);
 
-/// The flights of the faces of `mesh`, a grid at rest, from the first to leave to the last. `tumbles` has one number
-/// per face in the order of the mesh, or none at all: 0 for each then. No flight without memory for all.
-LeaveSystem CreateLeaveSystem(const QuadMesh& mesh, const Wind& wind, std::span<const double> tumbles);
+/// The flights of the faces of `mesh`, a grid at rest, from the first to leave to the last. None tumbles: that is for
+/// the caller to see to. No flight without memory for all.
+LeaveSystem CreateLeaveSystem(const QuadMesh& mesh, const Wind& wind);
 
 /// A sway of the camera, widest at t = 0.5. `amount` 0 is none; x and y, 0 to 1, say where to, 0.5 being straight.
 Matrix4 GetCameraMatrix(double t, double amount, double x, double y);

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "effects/common/by_format.h"
 #include "effects/common/precision.h"
 #include "effects/scene3d/dream_glow_kernels.h"
 #include "image/exact_math.h"
@@ -22,17 +23,7 @@ constexpr std::int32_t kMostRadius = 32766; // no memory holds the pictures that
 
 const DreamGlowKernels::Rows& RowsFor(std::uint32_t format)
 {
-    const DreamGlowKernels& kernels = DreamGlowKernelsFor(CurrentVariant());
-    switch (format) {
-    case PF_ARGB8:
-        return kernels.argb8;
-    case PF_BGRA32F:
-        return kernels.bgra32f;
-    case PF_ARGB32F:
-        return kernels.argb32f;
-    default:
-        return kernels.bgra8;
-    }
+    return ByFormat(DreamGlowKernelsFor(CurrentVariant()), format);
 }
 
 bool IsServed(const FrameBuffer& picture)

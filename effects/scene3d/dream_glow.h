@@ -14,13 +14,13 @@ namespace kelmora {
 /// Serves the four picture formats; a picture of any other is left as it was.
 class PRDreamGlowEffect final : public PREffect {
 public:
-    /// reach       how far the haze reaches, in pixels: 0 to 32766. Any other is a haze that cannot be made
-    /// wave        how strong the wave is: nothing is done for 0, below, or not-a-number
-    /// haze        how strong the haze is, likewise
+    /// fogRadius   how far the haze reaches, in pixels: 0 to 32766. Any other is a haze that cannot be made
+    /// shineLevel  how strong the wave is: nothing is done for 0, below, or not-a-number
+    /// fogLevel    how strong the haze is, likewise
     /// memory      for working space: of a picture in place about as many rows as the haze reaches; it must outlive
     ///             this
-    PRDreamGlowEffect(std::int32_t reach, float wave, float haze, MemoryAllocator& memory)
-        : radius(reach), fog(haze), shine(wave), allocator(&memory)
+    PRDreamGlowEffect(std::int32_t fogRadius, float shineLevel, float fogLevel, MemoryAllocator& memory)
+        : radius(fogRadius), fog(fogLevel), shine(shineLevel), allocator(&memory)
     {
     }
 

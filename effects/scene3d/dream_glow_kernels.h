@@ -25,12 +25,12 @@ struct GlowShine {
     const double* waves = nullptr;
     const float* steps = nullptr;
 
-    double amount = 0;                   ///< floats: what a wave is multiplied by; above 0
-    double start = 0;                    ///< floats
-    double slope = 0;                    ///< floats
-    double sway = 0;                     ///< floats
+    // The loops of floats take the wave from here; bytes have their table made of it.
+    double amount = 0; ///< what a wave is multiplied by; above 0
+    double start = 0, slope = 0, sway = 0;
+
     double keep = 0;                     ///< what the picture's colours are multiplied by
-    double blue = 0, green = 0, red = 0; ///< the glow colour, bytes as well as floats
+    double blue = 0, green = 0, red = 0; ///< the glow colour
 };
 
 /// The rows of both stages for one instruction set. Rows may start at any address.

@@ -1,7 +1,7 @@
 // The rows of both stages of the dream glow, compiled once per instruction set: see image/primitives/detail/simd.h
 // for what that forbids.
 
-#include "effects/painterly/edge_lift_pixels.h"
+#include "effects/common/luma_pixels.h"
 #include "effects/scene3d/dream_glow_kernels.h"
 
 namespace kelmora::KELMORA_VARIANT {
@@ -11,11 +11,11 @@ typedef uint64_t U64 __attribute__((vector_size(kVectorBytes), may_alias));
 
 // --- layouts ------------------------------------------------------------------------------------------
 
-struct GlowBgra : LiftBgra {
+struct GlowBgra : BgraWords {
     static constexpr int blueShift = 0, greenShift = 8, redShift = 16, alphaShift = 24;
 };
 
-struct GlowArgb : LiftArgb {
+struct GlowArgb : ArgbWords {
     static constexpr int alphaShift = 0, redShift = 8, greenShift = 16, blueShift = 24;
 };
 
@@ -61,7 +61,7 @@ KELMORA_INLINE ByteFog MakeByteFog(const GlowFog& fog)
 {
     const uint32_t pixel = GlowPixel<P>(fog.colour);
     const uint32_t colours = pixel & ~P::alphaMask;
-    return {LiftWeights(fog.byteGain, 0), U32{} + pixel, (U16)(U32{} + ((colours & 0x00FF00FFu) << 4)),
+    return {PairWeights(fog.byteGain, 0), U32{} + pixel, (U16)(U32{} + ((colours & 0x00FF00FFu) << 4)),
             (U16)(U32{} + ((colours >> 8 & 0x00FF00FFu) << 4))};
 }
 
@@ -83,8 +83,8 @@ KELMORA_INLINE I32 Positive(I32 words)
 template <class P>
 KELMORA_INLINE U32 FogPixels(U32 picture, U32 blurred, const ByteFog& fog)
 {
-    const I32 glow = MulAddPairs((I16)LiftLuma<P>(blurred), fog.gain) >> 8; // fits a word
-    const I32 gap = glow - LiftLuma<P>(picture);
+    const I32 glow = MulAddPairs((I16)Luma<P>(blurred), fog.gain) >> 8; // fits a word
+    const I32 gap = glow - Luma<P>(picture);
     const I32 lift = LeastWord(Positive(gap), 256); // that lifts any colour to the glow's
 
     const U16 pair = (U16)(lift << 4 | lift << 20);
@@ -130,8 +130,8 @@ KELMORA_INLINE void FogPlanes(const F32 (&picture)[4], F32 (&blurred)[4], const 
 {
     // Kept: the blur's first channel gives way to the picture's, so with alpha last the haze sees sharp blue.
     blurred[0] = picture[0];
-    const F32 level = LiftLuma(picture[P::r], picture[P::g], picture[P::b]);
-    const F32 glow = LiftLuma(blurred[P::r], blurred[P::g], blurred[P::b]) * fog.gain;
+    const F32 level = Luma(picture[P::r], picture[P::g], picture[P::b]);
+    const F32 glow = Luma(blurred[P::r], blurred[P::g], blurred[P::b]) * fog.gain;
     const F32 lift = level >= glow ? F32{} : glow - level;
     blurred[P::b] = FogColour(picture[P::b], lift, fog.blue);
     blurred[P::g] = FogColour(picture[P::g], lift, fog.green);
@@ -405,7 +405,7 @@ void ShineFloats(const void* picture, void* result, int width, const GlowShine& 
 extern const DreamGlowKernels kDreamGlowKernels;
 const DreamGlowKernels kDreamGlowKernels = {{FogBytes<GlowBgra>, ShineBytes<GlowBgra>},
                                             {FogBytes<GlowArgb>, ShineBytes<GlowArgb>},
-                                            {FogFloats<LiftBgraPlanes>, ShineFloats<LiftBgraPlanes>},
-                                            {FogFloats<LiftArgbPlanes>, ShineFloats<LiftArgbPlanes>}};
+                                            {FogFloats<BgraPlanes>, ShineFloats<BgraPlanes>},
+                                            {FogFloats<ArgbPlanes>, ShineFloats<ArgbPlanes>}};
 
 } // namespace kelmora::KELMORA_VARIANT

@@ -1,6 +1,6 @@
 // The loops over faces' pixels, compiled once per instruction set: see detail/simd.h for what that forbids.
 
-#include "effects/painterly/edge_lift_pixels.h"
+#include "effects/common/luma_pixels.h"
 #include "effects/scene3d/face_kernels.h"
 
 namespace kelmora::KELMORA_VARIANT {
@@ -52,15 +52,16 @@ uint32_t SumLuma(const void* row, int pixels)
     U32 sums = {};
     int x = 0;
     for (; x + kPixels <= pixels; x += kPixels, from += kVectorBytes)
-        sums += (U32)LiftLuma<P>(Load<U32>(from));
+        sums += (U32)Luma<P>(Load<U32>(from));
     if (x < pixels)
-        sums += (U32)LiftLuma<P>(LoadPart<U32>(from, (pixels - x) * 4));
+        sums += (U32)Luma<P>(LoadPart<U32>(from, (pixels - x) * 4));
     uint32_t sum = 0;
     for (int i = 0; i < kPixels; ++i)
         sum += sums[i];
     return sum;
 }
 
+/// In single precision, as the sum that it goes into; pixels that stand alone have Luma.
 KELMORA_INLINE F32 FloatLuma(F32 red, F32 green, F32 blue)
 {
     return red * 0.298f + green * 0.586f + blue * 0.113f;
@@ -99,11 +100,7 @@ void SumFloats(const void* const (&rows)[FaceKernels::kSums], int pixels, float 
 } // namespace
 
 extern const FaceKernels kFaceKernels;
-const FaceKernels kFaceKernels = {LightBytes,
-                                  LightFloats,
-                                  SumLuma<LiftBgra>,
-                                  SumLuma<LiftArgb>,
-                                  SumFloats<LiftBgraPlanes>,
-                                  SumFloats<LiftArgbPlanes>};
+const FaceKernels kFaceKernels = {LightBytes,         LightFloats,           SumLuma<BgraWords>,
+                                  SumLuma<ArgbWords>, SumFloats<BgraPlanes>, SumFloats<ArgbPlanes>};
 
 } // namespace kelmora::KELMORA_VARIANT

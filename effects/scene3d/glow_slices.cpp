@@ -72,7 +72,7 @@ void GlowSlices::Fill(Slice& slice, const PRDreamGlowEffect& glow)
     if (size != Size{slice.part.width, slice.part.height})
         ops.Fill(slice.pixels, 0);
     if (!glow.ApplyInto(*slice.picture, slice.part.x, slice.part.y, inside))
-        ops.Fill(slice.pixels, 0); // no canvas takes such pixels
+        ops.Fill(slice.pixels, 0); // of no picture format, or in rows too short for them
 }
 
 void GlowSlices::Show(QuadMesh& faces) const

@@ -12,7 +12,7 @@ namespace {
 /// A turn of `angle` about the axis in the frame's plane that is at right angles to the flight.
 Matrix4 SpinAcross(const Vector3& flight, double angle)
 {
-    // Rounding can leave the direction a little longer than 1.
+    // No part of a direction is longer than 1; beyond, there would be no angle.
     const double bearing = ExactArcCosine(std::clamp(flight.x, -1.0, 1.0));
     const double b = flight.y >= 0.0 ? -bearing : bearing;
     return Matrix4::RotationZ(-b).Then(Matrix4::RotationY(angle)).Then(Matrix4::RotationZ(b));

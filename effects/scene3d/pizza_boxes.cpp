@@ -20,7 +20,6 @@ using pizza_boxes::Knobs;
 constexpr std::uint32_t kBlack = 0;
 constexpr double kAmbient = 0.5;
 constexpr double kViewingDistance = 5.0;
-constexpr std::size_t kSides = 6;
 
 /// Asks for the knobs in the order that hosts have always seen.
 Knobs ReadKnobs(IVideoHost& host)
@@ -97,7 +96,7 @@ QuadMesh BoxesAt(double t, const QuadMesh& slices, const FrameBuffer& back, cons
     const QuadMeshCreator creator;
     GrowingList<QuadMesh> boxes = creator.CreateBoxes(slices);
     QuadMesh all;
-    if (!all.Reserve(boxes.size() * kSides))
+    if (!all.Reserve(boxes.size() * kSidesOfBox))
         return all;
     for (std::size_t i = 0; i < boxes.size(); ++i) {
         QuadMesh& box = boxes[i];

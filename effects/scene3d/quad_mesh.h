@@ -44,11 +44,11 @@ private:
 
 /// A parallelogram that is to be cut into faces of whole pixels.
 struct QuadGrid {
-    int width = 0, height = 0;       ///< of the picture, in pixels
-    std::array<Vector3, 4> area;     ///< top left, top right, bottom right (not read), bottom left
-    int columns = 0, rows = 0;       ///< 1 to kMostAcross each
-    const FrameBuffer* frontTexture; ///< not owned
-    const FrameBuffer* backTexture;  ///< may be null; not owned
+    int width = 0, height = 0;                 ///< of the picture, in pixels
+    std::array<Vector3, 4> area;               ///< top left, top right, bottom right (not read), bottom left
+    int columns = 0, rows = 0;                 ///< 1 to kMostAcross each
+    const FrameBuffer* frontTexture = nullptr; ///< not owned
+    const FrameBuffer* backTexture = nullptr;  ///< may be null; not owned
     std::int32_t orientation = kTurnsSideways;
     bool serpentine = false; ///< odd rows run from right to left
 

@@ -51,7 +51,13 @@ LeaveSystem LeavesOf(const Picture& canvas, const Picture& first, const Picture&
     wind.power = RoundedToFloat(2 * Wide(knobs.power) + 1);
     wind.flutter = RoundedToFloat(10 * Wide(knobs.flutter));
     wind.vacuum = knobs.vacuum;
-    return confetti::CreateLeaveSystem(mesh, wind, tumbles);
+    LeaveSystem system = confetti::CreateLeaveSystem(mesh, wind);
+    for (Leave3D& leave : system.leaves)
+        for (std::size_t i = 0; i < mesh.GetFaceCount(); ++i)
+            if (mesh.GetFace(i).corners[0] == leave.face.corners[0]
+                && mesh.GetFace(i).corners[2] == leave.face.corners[2])
+                leave.flutter = tumbles[i];
+    return system;
 }
 
 } // namespace

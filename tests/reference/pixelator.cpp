@@ -196,7 +196,7 @@ void Pixelate(const Picture& src, Picture& dst, float amount, bool halfHeight, i
 {
     const int w = src.width, h = src.height;
     const double size = h * (halfHeight ? 2 : 1) * static_cast<double>(0.3f) * static_cast<double>(amount);
-    const int blockW = std::clamp(TowardZero(size), 2, std::max(h, 2));
+    const int blockW = std::clamp(TowardZero(size), 2, std::max({w, h, 2}));
     const int blockH = halfHeight ? blockW / 2 : blockW;
     const int cols = CountOf(w, blockW), rows = CountOf(h, blockH);
     const int firstCol = std::max(cx - rx, 0) / blockW, firstRow = std::max(cy - ry, 0) / blockH;

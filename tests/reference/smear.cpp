@@ -61,7 +61,7 @@ Picture Smeared(const Source (&clips)[2], bool second, const SmearKnobs& knobs, 
     Double(backward, smeared, StreakOf(lengths.backward), -1, angle);
 
     const double q = RoundedToFloat(static_cast<double>(knobs.direction) * 255);
-    const int u = TowardZero(RoundedToFloat(255 - q)), v = TowardZero(q);
+    const int u = TowardZero(255 - q), v = TowardZero(q);
     Mix(backward, forward, second ? u : v, second ? v : u);
     switch (knobs.background) {
     case 0:
@@ -131,8 +131,7 @@ void Smear(const VideoFrame& firstPicture, const VideoFrame* secondPicture, cons
         const double t = c == 0 ? std::numeric_limits<double>::quiet_NaN() : (p - begin) / c;
         const double q = RoundedToFloat(t * 255);
         if (moment.secondHasMemory)
-            Mix(Smeared(clips, true, knobs, p, width, height), result, TowardZero(q),
-                TowardZero(RoundedToFloat(255 - q)));
+            Mix(Smeared(clips, true, knobs, p, width, height), result, TowardZero(q), TowardZero(255 - q));
     }
     WriteRows(result, target);
 }

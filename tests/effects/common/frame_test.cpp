@@ -53,6 +53,42 @@ TEST(Frame, AttachCorner_IsTheTopLeftInTheOrderOfMemory)
     EXPECT_FALSE(corner.IsOwned());
 }
 
+TEST(Frame, AttachStrip_HasTheRowsThatThereAre)
+{
+    std::vector<std::uint8_t> memory(5 * 32);
+    FrameBuffer picture, strip;
+    picture.Attach(memory.data(), 6, 5, 32, 4, PF_ARGB8, true);
+    AttachStrip(strip, picture, 3, 8);
+    EXPECT_EQ(strip.GetPixels(), memory.data() + 3 * 32);
+    EXPECT_EQ(strip.GetWidth(), 6);
+    EXPECT_EQ(strip.GetHeight(), 2);
+    EXPECT_EQ(strip.GetStride(), 32);
+    EXPECT_EQ(strip.GetPixelBytes(), 4);
+    EXPECT_EQ(strip.GetFormat(), PF_ARGB8);
+    EXPECT_TRUE(strip.IsBottomUp());
+    AttachStrip(strip, picture, 1, 2);
+    EXPECT_EQ(strip.GetPixels(), memory.data() + 32);
+    EXPECT_EQ(strip.GetHeight(), 2);
+    AttachStrip(strip, picture, 5, 1);
+    EXPECT_EQ(strip.GetPixels(), nullptr);
+    EXPECT_EQ(strip.GetHeight(), 0);
+    AttachStrip(strip, FrameBuffer(), 0, 1);
+    EXPECT_EQ(strip.GetPixels(), nullptr);
+}
+
+TEST(Frame, HasRowsOf_GoesByPixelsAndStride)
+{
+    std::vector<std::uint8_t> memory(5 * 32);
+    FrameBuffer picture, other;
+    picture.Attach(memory.data(), 6, 5, 32, 4, PF_ARGB8, true);
+    other.Attach(memory.data(), 4, 3, 32, 4, PF_BGRA8, false);
+    EXPECT_TRUE(HasRowsOf(picture, other));
+    other.Attach(memory.data() + 32, 6, 4, 32, 4, PF_ARGB8, true);
+    EXPECT_FALSE(HasRowsOf(picture, other));
+    other.Attach(memory.data(), 6, 5, 28, 4, PF_ARGB8, true);
+    EXPECT_FALSE(HasRowsOf(picture, other));
+}
+
 TEST(Frame, AllocateLike_HasTheSizeAskedForAndThePicturesLabels)
 {
     std::vector<std::uint8_t> memory(5 * 24);

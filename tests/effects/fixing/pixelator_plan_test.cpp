@@ -76,25 +76,28 @@ TEST(PixelatorPlan, Widened_AddsTheSoftEdgeToTheRadii)
 TEST(PixelatorPlan, BlockSize_OfMaxOn480Rows_Is72)
 {
     EXPECT_EQ(BlockAmount(1.0f), 0.5f);
-    EXPECT_EQ(MakeBlockSize(0.5f, 480, false), (BlockSize{72, 72}));
-    EXPECT_EQ(MakeBlockSize(BlockAmount(0.505f), 480, false), (BlockSize{36, 36})); // 36.36
+    EXPECT_EQ(MakeBlockSize(0.5f, 640, 480, false), (BlockSize{72, 72}));
+    EXPECT_EQ(MakeBlockSize(BlockAmount(0.505f), 640, 480, false), (BlockSize{36, 36})); // 36.36
 }
 
 TEST(PixelatorPlan, BlockSize_InAField_IsTwiceAsWideAsHigh)
 {
-    EXPECT_EQ(MakeBlockSize(0.5f, 240, true), (BlockSize{72, 36}));
-    EXPECT_EQ(MakeBlockSize(0.5f, 20, true), (BlockSize{6, 3}));
-    EXPECT_EQ(MakeBlockSize(0.5f, 10, true), (BlockSize{3, 1}));
-    EXPECT_EQ(MakeBlockSize(0.0f, 240, true), (BlockSize{2, 1}));
+    EXPECT_EQ(MakeBlockSize(0.5f, 30, 240, true), (BlockSize{72, 36}));
+    EXPECT_EQ(MakeBlockSize(0.5f, 30, 20, true), (BlockSize{6, 3}));
+    EXPECT_EQ(MakeBlockSize(0.5f, 30, 10, true), (BlockSize{3, 1}));
+    EXPECT_EQ(MakeBlockSize(0.0f, 30, 240, true), (BlockSize{2, 1}));
 }
 
-TEST(PixelatorPlan, BlockSize_ZeroAndWildAmounts_StaysBetween2AndTheHeight)
+TEST(PixelatorPlan, BlockSize_ZeroAndWildAmounts_StaysBetween2AndTheLongerSide)
 {
     for (const float small : {0.0f, 0.00005f, -1.0f, -kInfinity, kNaN})
-        EXPECT_EQ(MakeBlockSize(small, 480, false), (BlockSize{2, 2}));
-    for (const float large : {100.0f, 1e30f, kInfinity})
-        EXPECT_EQ(MakeBlockSize(large, 480, false), (BlockSize{480, 480}));
-    EXPECT_EQ(MakeBlockSize(kInfinity, 1, false), (BlockSize{2, 2}));
+        EXPECT_EQ(MakeBlockSize(small, 640, 480, false), (BlockSize{2, 2}));
+    for (const float large : {100.0f, 1e30f, kInfinity}) {
+        EXPECT_EQ(MakeBlockSize(large, 640, 480, false), (BlockSize{640, 640}));
+        EXPECT_EQ(MakeBlockSize(large, 48, 480, false), (BlockSize{480, 480}));
+        EXPECT_EQ(MakeBlockSize(large, 640, 240, true), (BlockSize{640, 320}));
+    }
+    EXPECT_EQ(MakeBlockSize(kInfinity, 1, 1, false), (BlockSize{2, 2}));
 }
 
 TEST(PixelatorPlan, BlockCount_CoversTheSide)

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "effects/common/taps.h"
 #include "tests/reference/air_brush.h"
 
 namespace kelmora::air_brush {

@@ -617,6 +617,25 @@ TEST(PaperCollage, Render_ASecondPictureOfAnotherFormat_StaysInsideTheMemory)
         }
 }
 
+// There is no dissolve of two formats: the collage is of black, and so is what it thins out into.
+TEST(PaperCollage, Render_ASecondPictureOfAnotherFormat_MakesTheCollageOfBlack)
+{
+    for (const std::uint32_t format : kPictureFormats)
+        for (const std::uint32_t secondFormat : kPictureFormats) {
+            if (secondFormat == format)
+                continue;
+            const GuardedPicture in = Noisy(30, 20, format, 1), second = Noisy(30, 20, secondFormat, 2);
+            const GuardedPicture black(30, 20, format);
+            for (const double progress : {0.0, 0.1, 0.5, 1.0}) {
+                const GuardedPicture out = Collaged(kLevels[3], in, second, progress);
+                EXPECT_TRUE(Equal(out, Collaged(kLevels[3], black, black, progress))) << progress;
+                if (progress == 0.0 || progress == 1.0) {
+                    EXPECT_TRUE(Equal(out, black)) << progress;
+                }
+            }
+        }
+}
+
 TEST(PaperCollage, Render_AShadowBeyondAnyMemory_LeavesTheGrey)
 {
     // 20 rows: shadows of 6e8 pixels and more.

@@ -403,6 +403,29 @@ TEST(Smear, Render_DirectionOneHalf_MixesBothStreaksInEqualParts)
     }
 }
 
+// 255 * 0.121568635 is 31.000002 in single precision: what is left of 255 is short of 224, and white loses a level. Of
+// 1e-8 it is a trace, and what is left short of 255.
+TEST(Smear, Render_DirectionsJustAboveALevel_CutBothWeights)
+{
+    for (const std::uint32_t format : {PF_BGRA8, PF_ARGB8}) {
+        GuardedPicture white(24, 5, format);
+        white.Fill(255, 255, 255, 255);
+        for (const float direction : {0.121568635f, 1e-8f}) {
+            const GuardedPicture out = Smeared({0, 0, direction, 0.5f, kTransparent}, white, white, 0.1);
+            for (int c = 0; c < 4; ++c)
+                EXPECT_EQ(out.Byte(11, 2, c), 254) << direction;
+        }
+        Moment moment;
+        moment.second = &white;
+        moment.progress = 0.1;
+        GuardedPicture out(24, 5, format);
+        const GuardedPicture before = out;
+        const std::vector<float> levels = {0.4f, 0.1f, 0.121568635f, 0.5f, kTransparent};
+        RenderFresh(kEffect, levels, moment, white, out);
+        EXPECT_TRUE(AsPlain(kEffect, levels, moment, white, before, out));
+    }
+}
+
 // At 90 degrees toward lower row numbers, as long as the width says: 32 columns, 12 rows.
 TEST(Smear, Render_AQuarterTurn_SmearsUpwardInRowNumbers)
 {

@@ -64,11 +64,12 @@ protected:
                            [&](const FrameBuffer&) { return PRDreamGlowEffect(5, 0.4f, 0.5f, allocator); });
     }
 
+    /// All but working rows.
     std::vector<std::pair<int, int>> PicturesTaken() const
     {
         std::vector<std::pair<int, int>> sizes;
         for (const MemoryCall& call : m_provider.Calls())
-            if (call.kind == MemoryCall::AllocImage)
+            if (call.kind == MemoryCall::AllocImage && call.height > 1)
                 sizes.emplace_back(call.width, call.height);
         return sizes;
     }

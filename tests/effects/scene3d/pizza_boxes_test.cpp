@@ -395,7 +395,7 @@ Sizes FirstScratchPictures(std::size_t most, float fog, float shine, double prog
     EXPECT_TRUE(Render(*NewEffect(kEffect), host, moment, in, out));
     Sizes sizes;
     for (const MemoryCall& call : memory.Calls())
-        if (call.kind == MemoryCall::AllocImage && sizes.size() < most)
+        if (call.kind == MemoryCall::AllocImage && call.height > 1 && sizes.size() < most)
             sizes.emplace_back(call.width, call.height);
     return sizes;
 }
@@ -534,6 +534,18 @@ TEST(PizzaBoxes, Render_APictureOfAnotherSize_IsScaledOnTheBoxes)
     for (int y = 0; y < 13; ++y)
         for (int x = 0; x < 17; ++x)
             EXPECT_EQ(PixelAt(out, 2 * x, 2 * y), PixelAt(in, x, y)) << x << ", " << y;
+}
+
+// Of packed bytes no copy is made: the glow's own is black without alpha, and so is what a box shows of it.
+TEST(PizzaBoxes, Render_AGlowOnASecondPictureOfPackedBytes_ShowsItBlank)
+{
+    const GuardedPicture in = Noisy(40, 30, PF_BGRA8, 1), blank(40, 30, PF_BGRA8);
+    const GuardedPicture packed = Noisy(40, 30, PF_Packed8, 2), colours = Noisy(40, 30, PF_BGRA8, 2);
+    Turn turn;
+    turn.fog = turn.shine = 0.5f;
+    const GuardedPicture out = TurnOver(turn, in, packed, 0.9);
+    EXPECT_TRUE(Equal(out, TurnOver(turn, in, blank, 0.9)));
+    EXPECT_FALSE(Equal(out, TurnOver(turn, in, colours, 0.9)));
 }
 
 // --- knobs and memory -------------------------------------------------------------------------------------------
