@@ -30,12 +30,13 @@ public:
     bool Allocate(MemoryAllocator& allocator, std::int64_t bytes)
     {
         // One row: what lies between the rows of a host's picture is the host's.
-        constexpr int kPixel = 4;
+        constexpr int kPixel = 4, kMost = std::numeric_limits<int>::max();
+        m_allocator = &allocator;
+        if (bytes < 1 || bytes > kMost)
+            return false;
         const std::int64_t pixels = (bytes + std::int64_t{kAlignment} + kPixel - 1) / kPixel;
         int stride = 0;
-        m_allocator = &allocator;
-        return bytes > 0 && pixels <= std::numeric_limits<int>::max()
-            && allocator.AllocateImage(&m_memory, static_cast<int>(pixels), 1, kPixel, &stride);
+        return allocator.AllocateImage(&m_memory, static_cast<int>(pixels), 1, kPixel, &stride);
     }
 
     /// The same as plain memory, for what is no picture: the taps of a filter.
